@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+
+namespace Mrp {
+
+// The Listener declaration carried in a four-packed position.
+#define MRP_MSRP_LISTENER_EVENT_VALUES(X) \
+  X(ignore, 0, "ignore")                  \
+  X(askingFailed, 1, "askingFailed")      \
+  X(ready, 2, "ready")                    \
+  X(readyFailed, 3, "readyFailed")
+
+enum class MsrpListenerEvent : std::uint32_t {
+#define MRP_ENUM_VALUE(name, code, text) name = code,
+  MRP_MSRP_LISTENER_EVENT_VALUES(MRP_ENUM_VALUE)
+#undef MRP_ENUM_VALUE
+};
+
+std::ostream& operator<<(std::ostream& os, MsrpListenerEvent value);
+
+}  // namespace Mrp
