@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <set>
+
+#include "quarn/Ptr.h"
+#include "velo/IntfId.h"
+
+namespace Mrp {
+
+// The ordered set of attribute keys registered on one port for one
+// attribute type, so a port's registrations are walked without touching the
+// store of other ports.
+class MrpAttrIter : public Quarn::PtrInterface {
+ public:
+  struct Key {
+    Velo::IntfId intfId;
+    std::uint8_t attributeType = 0;
+
+    friend bool operator==(const Key&, const Key&) = default;
+    friend auto operator<=>(const Key&, const Key&) = default;
+  };
+
+  explicit MrpAttrIter(Key key) : key_(std::move(key)) {}
+
+  const Key& key() const { return key_; }
+
+  // Adds (true) or removes (false) one key.
+  void attributeKeyIs(std::uint64_t attributeKey, bool present);
+  bool attributeKey(std::uint64_t attributeKey) const { return attributeKeys_.count(attributeKey) != 0; }
+  // Ascending.
+  const std::set<std::uint64_t>& attributeKeys() const { return attributeKeys_; }
+
+ private:
+  Key key_;
+  std::set<std::uint64_t> attributeKeys_;
+};
+
+std::ostream& operator<<(std::ostream& os, const MrpAttrIter::Key& key);
+
+}  // namespace Mrp
+
+template <>
+struct std::hash<Mrp::MrpAttrIter::Key> {
+  std::size_t operator()(const Mrp::MrpAttrIter::Key& k) const noexcept {
+    return std::hash<Velo::IntfId>{}(k.intfId) * 31 + k.attributeType;
+  }
+};

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+
+#include "MrpModel/MrpApplication.h"
+#include "MrpModel/MrpParameters.h"
+#include "MrpMsrp/MsrpDomainAttribute.h"
+#include "MrpMsrp/MsrpListenerAttribute.h"
+#include "MrpMsrp/MsrpTalkerAdvertiseAttribute.h"
+#include "MrpMsrp/MsrpTalkerFailedAttribute.h"
+#include "MrpMvrp/MvrpVlanAttribute.h"
+#include "MrpSm/MrpTxPacketContext.h"
+#include "quarn/LinkQueue.h"
+#include "quarn/Ptr.h"
+#include "velo/EthAddr.h"
+#include "velo/IntfId.h"
+#include "velo/Pkt.h"
+
+namespace Mrp {
+
+class MrpSm;
+
+// The application-facing service object of one MRP application. An agent
+// derives from it to hear join and leave indications, sets the application,
+// its group address and EtherType, and hands it to the engine.
+class MrpLib : public Quarn::PtrInterface {
+ public:
+  using TxPacketContextMap = std::unordered_map<Velo::IntfId, Quarn::Ptr<MrpTxPacketContext>>;
+
+  MrpLib() = default;
+  MrpLib(const MrpLib&) = delete;
+  MrpLib& operator=(const MrpLib&) = delete;
+
+  // Indications from the registrar; the base class ignores them.
+  virtual void mrpJoinIndication(const MrpParameters& joinIndication);
+  virtual void mrpLeaveIndication(const MrpParameters& leaveIndication);
+  virtual void mrpLeaveAllIndication(const MrpParameters& leaveAllIndication);
+
+  // Present in the interface and deliberately empty: requests go through
+  // mrpSendAttribute.
+  void mrpJoinReq(const MrpParameters& joinReq);
+  void mrpLeaveReq(const MrpParameters& leaveReq);
+
+  MrpApplication application() const { return application_; }
+  void applicationIs(MrpApplication application) { application_ = application; }
+  const Velo::EthAddr& applicationMacAddr() const { return applicationMacAddr_; }
+  void applicationMacAddrIs(const Velo::EthAddr& addr) { applicationMacAddr_ = addr; }
+  std::uint16_t applicationEtype() const { return applicationEtype_; }
+  void applicationEtypeIs(std::uint16_t etype) { applicationEtype_ = etype; }
+
+  // The value last parsed from a received vector, by attribute type.
+  MsrpTalkerAdvertiseAttribute& msrpTalkerAdvertiseRx() { return msrpTalkerAdvertiseRx_; }
+  MsrpTalkerFailedAttribute& msrpTalkerFailedRx() { return msrpTalkerFailedRx_; }
+  MsrpListenerAttribute& msrpListenerVectorRx() { return msrpListenerVectorRx_; }
+  MsrpDomainAttribute& msrpDomainVectorRx() { return msrpDomainVectorRx_; }
+  MvrpVlanAttribute& mvrpVlanVectorRx() { return mvrpVlanVectorRx_; }
+
+  // The value being declared or transmitted, by attribute type.
+  MsrpTalkerAdvertiseAttribute& msrpTalkerAdvertiseTx() { return msrpTalkerAdvertiseTx_; }
+  MsrpTalkerFailedAttribute& msrpTalkerFailedTx() { return msrpTalkerFailedTx_; }
+  MsrpListenerAttribute& msrpListenerVectorTx() { return msrpListenerVectorTx_; }
+  MsrpDomainAttribute& msrpDomainVectorTx() { return msrpDomainVectorTx_; }
+  MvrpVlanAttribute& mvrpVlanVectorTx() { return mvrpVlanVectorTx_; }
+
+  // Each port's first and second transmit packet under construction.
+  const TxPacketContextMap& mrpTxPacketContexts() const { return mrpTxPacketContext_; }
+  Quarn::Ptr<MrpTxPacketContext> mrpTxPacketContext(const Velo::IntfId& intfId) const;
+  Quarn::Ptr<MrpTxPacketContext> mrpTxPacketContextIs(const Velo::IntfId& intfId, Quarn::Ptr<Velo::Pkt> pkt);
+  void mrpTxPacketContextDel(const Velo::IntfId& intfId) { mrpTxPacketContext_.erase(intfId); }
+  void mrpTxPacketContextDelAll() { mrpTxPacketContext_.clear(); }
+
+  const TxPacketContextMap& mrpTxSecondPacketContexts() const { return mrpTxSecondPacketContext_; }
+  Quarn::Ptr<MrpTxPacketContext> mrpTxSecondPacketContext(const Velo::IntfId& intfId) const;
+  Quarn::Ptr<MrpTxPacketContext> mrpTxSecondPacketContextIs(const Velo::IntfId& intfId, Quarn::Ptr<Velo::Pkt> pkt);
+  void mrpTxSecondPacketContextDel(const Velo::IntfId& intfId) { mrpTxSecondPacketContext_.erase(intfId); }
+  void mrpTxSecondPacketContextDelAll() { mrpTxSecondPacketContext_.clear(); }
+
+  // Ports that the next mrpSendAttribute acts on.
+  const Quarn::LinkQueue<Velo::IntfId>& mrpOutIntfQueue() const { return mrpOutIntfQueue_; }
+  std::uint32_t mrpOutIntfQueueEnq(const Velo::IntfId& intfId) { return mrpOutIntfQueue_.enq(intfId); }
+  Velo::IntfId mrpOutIntfQueueDeq() { return mrpOutIntfQueue_.deq(); }
+  void mrpOutIntfQueueIs(std::uint32_t index, const Velo::IntfId& intfId) { mrpOutIntfQueue_.is(index, intfId); }
+  void mrpOutIntfQueueDel(std::uint32_t index) { mrpOutIntfQueue_.del(index); }
+  void mrpOutIntfQueueDelAll() { mrpOutIntfQueue_.delAll(); }
+
+  const Velo::IntfId& mrpCurrentTxIntf() const { return mrpCurrentTxIntf_; }
+  void mrpCurrentTxIntfIs(const Velo::IntfId& intfId) { mrpCurrentTxIntf_ = intfId; }
+
+  // The engine, attached once by the engine itself; not owned.
+  MrpSm* mrpSm() const { return mrpSm_; }
+  void mrpSmIs(MrpSm* mrpSm) { mrpSm_ = mrpSm; }
+
+ protected:
+  ~MrpLib() override = default;
+
+ private:
+  static Quarn::Ptr<MrpTxPacketContext> contextIs(TxPacketContextMap& map, const Velo::IntfId& intfId,
+                                                   Quarn::Ptr<Velo::Pkt> pkt);
+
+  MrpApplication application_{};
+  Velo::EthAddr applicationMacAddr_;
+  std::uint16_t applicationEtype_ = 0;
+  MsrpTalkerAdvertiseAttribute msrpTalkerAdvertiseRx_;
+  MsrpTalkerFailedAttribute msrpTalkerFailedRx_;
+  MsrpListenerAttribute msrpListenerVectorRx_;
+  MsrpDomainAttribute msrpDomainVectorRx_;
+  MvrpVlanAttribute mvrpVlanVectorRx_;
+  MsrpTalkerAdvertiseAttribute msrpTalkerAdvertiseTx_;
+  MsrpTalkerFailedAttribute msrpTalkerFailedTx_;
+  MsrpListenerAttribute msrpListenerVectorTx_;
+  MsrpDomainAttribute msrpDomainVectorTx_;
+  MvrpVlanAttribute mvrpVlanVectorTx_;
+  TxPacketContextMap mrpTxPacketContext_;
+  TxPacketContextMap mrpTxSecondPacketContext_;
+  Quarn::LinkQueue<Velo::IntfId> mrpOutIntfQueue_;
+  Velo::IntfId mrpCurrentTxIntf_;
+  MrpSm* mrpSm_ = nullptr;
+};
+
+// A new service object with every field zero or empty.
+Quarn::Ptr<MrpLib> mrpLibFactory();
+
+}  // namespace Mrp

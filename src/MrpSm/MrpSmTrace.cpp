@@ -1,0 +1,7 @@
+#include "MrpSm/MrpSmTrace.h"
+
+namespace Mrp {
+
+Quarn::TraceTag& mrpSmTrace = Quarn::traceTag("MrpSm");
+
+}  // namespace Mrp

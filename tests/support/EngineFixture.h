@@ -1,0 +1,47 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "MrpSm/MrpLib.h"
+#include "MrpSm/MrpSm.h"
+#include "quarn/Clock.h"
+#include "quarn/System.h"
+
+namespace MrpTest {
+
+// A service object that records the indications it hears.
+class RecordingMrpLib : public Mrp::MrpLib {
+ public:
+  void mrpJoinIndication(const Mrp::MrpParameters& p) override { joins.push_back(p); }
+  void mrpLeaveIndication(const Mrp::MrpParameters& p) override { leaves.push_back(p); }
+  void mrpLeaveAllIndication(const Mrp::MrpParameters& p) override { leaveAlls.push_back(p); }
+
+  std::vector<Mrp::MrpParameters> joins;
+  std::vector<Mrp::MrpParameters> leaves;
+  std::vector<Mrp::MrpParameters> leaveAlls;
+};
+
+// The records an agent hands to an engine, on a simulated clock installed as
+// the process clock for the test's duration.
+class EngineFixture : public ::testing::Test {
+ protected:
+  EngineFixture();
+  ~EngineFixture() override;
+
+  // An engine for `application` over the fixture's records.
+  Quarn::Ptr<Mrp::MrpSm> engineNew(Mrp::MrpApplication application, bool standbyMode);
+
+  Quarn::Ptr<Quarn::SimClock> clock;
+  Quarn::Ptr<RecordingMrpLib> mrpLib;
+  Quarn::Ptr<Bridging::Config> brConfig;
+  Quarn::Ptr<Mrp::MrpConfig> mrpConfig;
+  Quarn::Ptr<Mrp::MrpStatus> mrpStatus;
+  Quarn::Ptr<Stp::Status> stpStatus;
+  Quarn::Ptr<Bridging::Topology::Config> brTopoConfig;
+  Quarn::Ptr<Interface::AllEthPhyIntfStatusDir> ethPhyIntfStatusDir;
+  Quarn::Ptr<Hive::EntityManager> entityManager;
+};
+
+}  // namespace MrpTest
