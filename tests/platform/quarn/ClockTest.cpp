@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ClockRecorder.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -11,23 +13,8 @@
 namespace Quarn {
 namespace {
 
-using Firing = std::pair<std::string, Seconds>;  // who fired, and when
-
-// Records each onTime() with the clock's time, then runs an optional action.
-class Recorder : public Clock::Notifiee {
- public:
-  Recorder(Clock* clock, std::string name, std::vector<Firing>* log)
-      : Notifiee(clock), name_(std::move(name)), log_(log) {}
-  void onTime() override {
-    log_->emplace_back(name_, notifier()->now());
-    if (action) action();
-  }
-  std::function<void()> action;
-
- private:
-  std::string name_;
-  std::vector<Firing>* log_;
-};
+using MrpTest::Firing;
+using Recorder = MrpTest::ClockRecorder;
 
 class ClockTest : public ::testing::Test {
  protected:

@@ -4,6 +4,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "support/ClockRecorder.h"
+
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -55,22 +57,7 @@ class Reader : public EventLoop::FdNotifiee {
   int fd_;
 };
 
-using Firing = std::pair<std::string, Seconds>;  // who fired, and when
-
-class Timer : public Clock::Notifiee {
- public:
-  Timer(Clock& clock, std::string name, std::vector<Firing>* log)
-      : Notifiee(&clock), name_(std::move(name)), log_(log) {}
-  void onTime() override {
-    log_->emplace_back(name_, notifier()->now());
-    if (action) action();
-  }
-  std::function<void()> action;
-
- private:
-  std::string name_;
-  std::vector<Firing>* log_;
-};
+using MrpTest::Firing;
 
 class RealEventLoopTest : public ::testing::Test {
  protected:
@@ -124,7 +111,7 @@ TEST_F(RealEventLoopTest, NotifieeMayRemoveItselfAndOthersWhileDispatching) {
 }
 
 TEST_F(RealEventLoopTest, TimerDueNowFiresInRunOnce) {
-  Timer timer(loop_->clock(), "t", &log_);
+  MrpTest::ClockRecorder timer(&loop_->clock(), "t", &log_);
   timer.timeIs(loop_->clock().now());
   EXPECT_TRUE(loop_->runOnce(kSafetyWait));
   ASSERT_EQ(log_.size(), 1u);
@@ -132,7 +119,7 @@ TEST_F(RealEventLoopTest, TimerDueNowFiresInRunOnce) {
 }
 
 TEST_F(RealEventLoopTest, StopEndsRun) {
-  Timer timer(loop_->clock(), "t", &log_);
+  MrpTest::ClockRecorder timer(&loop_->clock(), "t", &log_);
   timer.action = [&] { loop_->stop(); };
   timer.timeIs(loop_->clock().now());
   loop_->run();
@@ -158,7 +145,7 @@ TEST_F(SimEventLoopTest, StartsAtTheGivenTime) {
 }
 
 TEST_F(SimEventLoopTest, AdvanceFiresTimersInOrderAndLandsOnTheEnd) {
-  Timer a(loop_->clock(), "a", &log_), b(loop_->clock(), "b", &log_), c(loop_->clock(), "c", &log_);
+  MrpTest::ClockRecorder a(&loop_->clock(), "a", &log_), b(&loop_->clock(), "b", &log_), c(&loop_->clock(), "c", &log_);
   a.timeIs(12);
   b.timeIs(11);
   c.timeIs(12);
@@ -170,7 +157,7 @@ TEST_F(SimEventLoopTest, AdvanceFiresTimersInOrderAndLandsOnTheEnd) {
 TEST_F(SimEventLoopTest, RunUntilIdleDeliversReadabilityWithoutMovingTime) {
   SocketPair pair;
   Reader reader(pair.reader);
-  Timer now(loop_->clock(), "now", &log_), later(loop_->clock(), "later", &log_);
+  MrpTest::ClockRecorder now(&loop_->clock(), "now", &log_), later(&loop_->clock(), "later", &log_);
   loop_->fdNotifieeIs(pair.reader, &reader);
   now.timeIs(10);
   later.timeIs(11);
@@ -182,7 +169,7 @@ TEST_F(SimEventLoopTest, RunUntilIdleDeliversReadabilityWithoutMovingTime) {
 }
 
 TEST_F(SimEventLoopTest, RunOnceJumpsToTheNextTimerWithinMaxWait) {
-  Timer a(loop_->clock(), "a", &log_);
+  MrpTest::ClockRecorder a(&loop_->clock(), "a", &log_);
   a.timeIs(13);
   EXPECT_FALSE(loop_->runOnce(1));
   EXPECT_EQ(loop_->clock().now(), 11);
@@ -193,7 +180,7 @@ TEST_F(SimEventLoopTest, RunOnceJumpsToTheNextTimerWithinMaxWait) {
 }
 
 TEST_F(SimEventLoopTest, RunReturnsWhenNothingIsLeft) {
-  Timer a(loop_->clock(), "a", &log_);
+  MrpTest::ClockRecorder a(&loop_->clock(), "a", &log_);
   a.action = [&] {
     if (log_.size() < 3) a.timeIs(loop_->clock().now() + 1);
   };
@@ -203,7 +190,7 @@ TEST_F(SimEventLoopTest, RunReturnsWhenNothingIsLeft) {
 }
 
 TEST_F(SimEventLoopTest, StopEndsRun) {
-  Timer a(loop_->clock(), "a", &log_);
+  MrpTest::ClockRecorder a(&loop_->clock(), "a", &log_);
   a.action = [&] {
     a.timeIs(loop_->clock().now() + 1);
     if (log_.size() == 2) loop_->stop();

@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <string>
+
 #include "MrpSm/MrpSmLog.h"
 #include "quarn/NboAttrLog.h"
 #include "quarn/Trace.h"
@@ -97,7 +99,8 @@ TEST_P(MaxAttrTypesTest, FollowsTheApplication) {
 
 INSTANTIATE_TEST_SUITE_P(Applications, MaxAttrTypesTest,
                          ::testing::Values(MaxAttrTypesCase{1, 4}, MaxAttrTypesCase{2, 1}, MaxAttrTypesCase{0, 0},
-                                           MaxAttrTypesCase{3, 0}, MaxAttrTypesCase{255, 0}));
+                                           MaxAttrTypesCase{3, 0}, MaxAttrTypesCase{255, 0}),
+                         [](const auto& info) { return "application" + std::to_string(info.param.application); });
 
 TEST_F(MrpSmTest, CountersReadZeroRightAfterTheSwitchToActive) {
   auto engine = engineNew(MrpApplication::mvrp, true);
