@@ -87,6 +87,15 @@ class MrpLib : public Quarn::PtrInterface {
   const Velo::IntfId& mrpCurrentTxIntf() const { return mrpCurrentTxIntf_; }
   void mrpCurrentTxIntfIs(const Velo::IntfId& intfId) { mrpCurrentTxIntf_ = intfId; }
 
+  // ==== Attribute values: increments and value derivation (MrpLibValues.cpp) ====
+  // ==== end of attribute values ====
+
+  // ==== Vector encoder (MrpLibEncode.cpp) ====
+  // ==== end of vector encoder ====
+
+  // ==== Ports (MrpLibPorts.cpp) ====
+  // ==== end of ports ====
+
   // The engine, attached once by the engine itself; not owned.
   MrpSm* mrpSm() const { return mrpSm_; }
   void mrpSmIs(MrpSm* mrpSm) { mrpSm_ = mrpSm; }

@@ -120,6 +120,25 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void mrpAttrIterDel(const MrpAttrIter::Key& key) { mrpAttrIter_.erase(key); }
   void mrpAttrIterDelAll() { mrpAttrIter_.clear(); }
 
+  // The 64-bit key of the current attribute type's value in the service
+  // object's transmit (Tx) or receive (Rx) fields: the stream id for Talkers
+  // and Listeners, the class id for Domains, the VLAN id; 0 otherwise.
+  std::uint64_t mrpGetTxAttributeKey() const;
+  std::uint64_t mrpGetRxAttributeKey() const;
+  std::uint64_t msrpGetTxAttributeKey() const;
+  std::uint64_t msrpGetRxAttributeKey() const;
+  std::uint64_t mvrpGetTxAttributeKey() const;
+  std::uint64_t mvrpGetRxAttributeKey() const;
+
+  // ==== Receive parser (MrpSmParse.cpp) ====
+  // ==== end of receive parser ====
+
+  // ==== Attribute database and batched updates (MrpSmDatabase.cpp, MrpSmPending.cpp) ====
+  // ==== end of attribute database ====
+
+  // ==== Packet access (MrpSmPam.cpp) ====
+  // ==== end of packet access ====
+
  protected:
   ~MrpSm() override;
 
@@ -158,6 +177,15 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   std::uint8_t protocolVersion_ = 0;
   std::map<std::uint8_t, bool> mrpRxLeaveAll_;
   AttrIterMap mrpAttrIter_;
+
+  // ==== Receive parser fields ====
+  // ==== end of receive parser fields ====
+
+  // ==== Attribute database fields ====
+  // ==== end of attribute database fields ====
+
+  // ==== Packet access fields ====
+  // ==== end of packet access fields ====
 };
 
 // A new engine, initialised: active unless `standbyMode`.
