@@ -1,8 +1,11 @@
 // mrp: the command-line face of libMrpSm.
 
 #include <cstdio>
-#include <cstring>
+#include <iostream>
 #include <string>
+#include <vector>
+
+#include "DecodeCommand.h"
 
 namespace {
 
@@ -10,6 +13,12 @@ constexpr const char* kUsage =
     "usage: mrp <command> [options]\n"
     "\n"
     "Runs the Multiple Registration Protocol engine of libMrpSm (MSRP and MVRP).\n"
+    "\n"
+    "commands:\n"
+    "  decode --app msrp|mvrp --hex HEX   decode one MRPDU (from its ProtocolVersion octet)\n"
+    "  decode --app msrp|mvrp             decode one MRPDU per line of hex on standard input\n"
+    "  decode FILE.pcap                   decode the MSRP and MVRP frames of a capture\n"
+    "         decode prints one JSON object per frame\n"
     "\n"
     "options:\n"
     "  -h, --help       show this help and exit\n"
@@ -25,15 +34,18 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, stderr);
     return 2;
   }
-  const std::string arg = argv[1];
-  if (arg == "-h" || arg == "--help") {
+  const std::string command = argv[1];
+  if (command == "-h" || command == "--help") {
     std::fputs(kUsage, stdout);
     return 0;
   }
-  if (arg == "-V" || arg == "--version") {
+  if (command == "-V" || command == "--version") {
     std::printf("mrp %s\n", MRP_VERSION);
     return 0;
   }
-  std::fprintf(stderr, "mrp: unknown command or option '%s' (try 'mrp --help')\n", arg.c_str());
+  if (command == "decode") {
+    return MrpCli::runDecode(std::vector<std::string>(argv + 2, argv + argc), std::cin, std::cout, std::cerr);
+  }
+  std::fprintf(stderr, "mrp: unknown command or option '%s' (try 'mrp --help')\n", command.c_str());
   return 2;
 }

@@ -1,0 +1,204 @@
+#include "DecodeCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Hex.h"
+#include "Pcap.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct DecodeRun {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+DecodeRun decode(const std::vector<std::string>& args, const std::string& input = "") {
+  std::istringstream in(input);
+  std::ostringstream out, err;
+  const int status = MrpCli::runDecode(args, in, out, err);
+  return {status, out.str(), err.str()};
+}
+
+// The worked MVRP example: JoinIn 10, JoinIn 11, Lv 12, end of PDU.
+const std::string kMvrpHex = "00 01 02 0003 000a 2f 0000 0000";
+const std::string kMvrpJson =
+    "{\"frame\": 1, \"application\": \"mvrp\", \"leaveAll\": [], \"domain\": [], \"attributes\": ["
+    "{\"type\": 1, \"key\": 10, \"event\": 1, \"value\": \"000a\"}, "
+    "{\"type\": 1, \"key\": 11, \"event\": 1, \"value\": \"000b\"}, "
+    "{\"type\": 1, \"key\": 12, \"event\": 5, \"value\": \"000c\"}], \"events\": 3, "
+    "\"counters\": {\"numOfIncorrectPduVersion\": 0, \"numOfUnknownAttributeType\": 0, \"numOfMalformedPkts\": 0, "
+    "\"numOfUnknownApplication\": 0}}\n";
+
+TEST(DecodeCommandTest, DecodesOneMrpduGivenAsHex) {
+  const DecodeRun run = decode({"--app", "mvrp", "--hex", kMvrpHex});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, kMvrpJson);
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(DecodeCommandTest, DecodesOneMrpduPerNonEmptyLineOfStandardInput) {
+  const DecodeRun run = decode({"--app", "mvrp"}, kMvrpHex + "\n\n" + kMvrpHex + "\n");
+  ASSERT_EQ(run.status, 0);
+  std::string second = kMvrpJson;
+  second.replace(second.find("\"frame\": 1"), 10, "\"frame\": 2");
+  EXPECT_EQ(run.out, kMvrpJson + second) << "each frame starts from a clean per-frame state";
+}
+
+TEST(DecodeCommandTest, MsrpDomainAndLeaveAllAreReportedApart) {
+  // MSRP: a Domain message (type 4, length 4, list length 9) with one
+  // LeaveAll vector of one value: class 6, priority 3, VID 2, event JoinIn.
+  const DecodeRun run = decode({"--app", "msrp", "--hex", "00 04 04 0009 2001 06 03 0002 24 0000 0000"});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("\"leaveAll\": [4]"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("\"domain\": [{\"type\": 4, \"key\": 6, \"event\": 1, \"value\": \"06030002\"}]"),
+            std::string::npos)
+      << run.out;
+  EXPECT_NE(run.out.find("\"attributes\": []"), std::string::npos) << run.out;
+}
+
+TEST(DecodeCommandTest, CountsThisFramesFaults) {
+  const DecodeRun run = decode({"--app", "mvrp"}, "01 01 02 0001 000a 24 0000 0000\n00 01 02 0000\n");
+  ASSERT_EQ(run.status, 0) << run.err;
+  std::istringstream lines(run.out);
+  std::string first, second;
+  std::getline(lines, first);
+  std::getline(lines, second);
+  EXPECT_NE(first.find("\"numOfIncorrectPduVersion\": 1"), std::string::npos) << first;
+  EXPECT_NE(second.find("\"numOfIncorrectPduVersion\": 0"), std::string::npos) << second;
+  EXPECT_NE(second.find("\"numOfMalformedPkts\": 1"), std::string::npos) << second;
+}
+
+struct BadArguments {
+  std::vector<std::string> args;
+  std::string input;
+  std::string error;
+};
+
+class DecodeCommandErrorTest : public ::testing::TestWithParam<BadArguments> {};
+
+TEST_P(DecodeCommandErrorTest, FailsWithOneLineAndStatusTwo) {
+  const DecodeRun run = decode(GetParam().args, GetParam().input);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "mrp decode: " + GetParam().error + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Input, DecodeCommandErrorTest,
+    ::testing::Values(BadArguments{{"--app", "mvrp", "--hex", "0001020"}, "", "--hex: odd number of hex digits"},
+                      BadArguments{{"--app", "mvrp", "--hex", "00zz"}, "", "--hex: not a hex digit: 'z'"},
+                      BadArguments{{"--app", "xyz", "--hex", "00"}, "", "unknown application 'xyz' (msrp or mvrp)"},
+                      BadArguments{{"--hex", "00"}, "", "--app msrp|mvrp is needed for hex input"},
+                      BadArguments{{"--app"}, "", "--app needs a value"},
+                      BadArguments{{"--frobnicate"}, "", "unknown option '--frobnicate'"},
+                      BadArguments{{"a.pcap", "b.pcap"}, "", "more than one file given"},
+                      BadArguments{{"--app", "msrp", "a.pcap"}, "", "a pcap file takes no --app or --hex"},
+                      BadArguments{{"--app", "mvrp"}, "000102\n00x\n", "line 2: not a hex digit: 'x'"},
+                      BadArguments{{"/nonexistent/capture.pcap"}, "", "cannot open '/nonexistent/capture.pcap'"}));
+
+class DecodePcapTest : public ::testing::Test {
+ protected:
+  void SetUp() override { path_ = ::testing::TempDir() + "decode_test.pcap"; }
+  void TearDown() override { std::remove(path_.c_str()); }
+
+  void writePcap(const std::vector<Bytes>& frames) {
+    std::ofstream file(path_, std::ios::binary);
+    MrpCli::PcapWriter writer(file);
+    for (const Bytes& frame : frames) writer.write(frame);
+  }
+  void writeRaw(const Bytes& bytes) {
+    std::ofstream file(path_, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  }
+
+  std::string path_;
+};
+
+Bytes frame(std::initializer_list<std::uint8_t> header, const std::string& hex) {
+  Bytes bytes(header);
+  std::string error;
+  const auto payload = MrpCli::hexDecode(hex, error);
+  bytes.insert(bytes.end(), payload->begin(), payload->end());
+  return bytes;
+}
+
+const std::initializer_list<std::uint8_t> kMvrpHeader = {0x01, 0x80, 0xc2, 0x00, 0x00, 0x21, 0x02, 0, 0, 0, 0, 1,
+                                                         0x88, 0xf5};
+const std::initializer_list<std::uint8_t> kTaggedMsrpHeader = {0x01, 0x80, 0xc2, 0x00, 0x00, 0x0e, 0x02, 0, 0, 0, 0,
+                                                               2,    0x81, 0x00, 0x00, 0x05, 0x22, 0xea};
+const std::initializer_list<std::uint8_t> kIpHeader = {0x02, 0, 0, 0, 0, 9, 0x02, 0, 0, 0, 0, 1, 0x08, 0x00};
+
+TEST_F(DecodePcapTest, ChoosesTheApplicationByAddressAndEtherTypeAndSkipsOtherFrames) {
+  writePcap({frame(kMvrpHeader, kMvrpHex), frame(kIpHeader, "45000014"),
+             frame(kTaggedMsrpHeader, "00 04 04 0009 0001 06 03 0002 24 0000 0000"), Bytes{1, 2, 3}});
+  const DecodeRun run = decode({path_});
+  ASSERT_EQ(run.status, 0) << run.err;
+  std::istringstream lines(run.out);
+  std::vector<std::string> out;
+  for (std::string line; std::getline(lines, line);) out.push_back(line);
+  ASSERT_EQ(out.size(), 4u);
+  EXPECT_EQ(out[0] + "\n", kMvrpJson);
+  EXPECT_EQ(out[1], "{\"frame\": 2, \"skipped\": \"not an MSRP or MVRP frame\"}");
+  EXPECT_NE(out[2].find("{\"frame\": 3, \"application\": \"msrp\""), std::string::npos) << out[2];
+  EXPECT_NE(out[2].find("\"key\": 6"), std::string::npos) << out[2];
+  EXPECT_EQ(out[3], "{\"frame\": 4, \"skipped\": \"shorter than an Ethernet header\"}");
+}
+
+TEST_F(DecodePcapTest, RejectsAFileThatIsNotAPcap) {
+  writeRaw({'n', 'o', 't', ' ', 'a', ' ', 'p', 'c', 'a', 'p', ' ', 'f', 'i', 'l', 'e', ' ', 'a', 't', ' ', 'a', 'l',
+            'l', '!', '!'});
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": not a pcap file: unknown magic number\n");
+}
+
+TEST_F(DecodePcapTest, RejectsAShortFile) {
+  writeRaw({0xd4, 0xc3, 0xb2});
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": not a pcap file: shorter than its 24-octet header\n");
+}
+
+TEST_F(DecodePcapTest, ReportsATruncatedRecordAfterTheFramesBeforeIt) {
+  writePcap({frame(kMvrpHeader, kMvrpHex), frame(kMvrpHeader, kMvrpHex)});
+  std::ifstream in(path_, std::ios::binary);
+  Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  in.close();
+  bytes.resize(bytes.size() - 3);
+  writeRaw(bytes);
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, kMvrpJson);
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": truncated pcap record\n");
+}
+
+TEST_F(DecodePcapTest, RejectsAnotherLinkType) {
+  Bytes header = {0xd4, 0xc3, 0xb2, 0xa1, 2, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 0, 0, 113, 0, 0, 0};
+  writeRaw(header);
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": pcap link type 113 is not Ethernet\n");
+}
+
+TEST_F(DecodePcapTest, ReadsBigEndianFiles) {
+  Bytes bytes = {0xa1, 0xb2, 0xc3, 0xd4, 0, 2, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 0, 0, 0, 1};
+  const Bytes mvrp = frame(kMvrpHeader, kMvrpHex);
+  const Bytes record = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, static_cast<std::uint8_t>(mvrp.size()),
+                        0, 0, 0, static_cast<std::uint8_t>(mvrp.size())};
+  bytes.insert(bytes.end(), record.begin(), record.end());
+  bytes.insert(bytes.end(), mvrp.begin(), mvrp.end());
+  writeRaw(bytes);
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out, kMvrpJson);
+}
+
+}  // namespace

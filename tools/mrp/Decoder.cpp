@@ -1,0 +1,137 @@
+#include "Decoder.h"
+
+#include <sstream>
+
+#include "Hex.h"
+#include "MrpModel/MrpWireFormat.h"
+#include "quarn/System.h"
+#include "velo/EthHdr.h"
+#include "velo/Pkt.h"
+
+namespace MrpCli {
+
+namespace {
+
+using Mrp::MrpApplication;
+
+struct FrameCounters {
+  std::uint64_t incorrectPduVersion;
+  std::uint64_t unknownAttributeType;
+  std::uint64_t malformedPkts;
+  std::uint64_t unknownApplication;
+};
+
+FrameCounters countersOf(const Mrp::MrpCounters& c) {
+  return {c.numOfIncorrectPduVersion(), c.numOfUnknownAttributeType(), c.numOfMalformedPkts(),
+          c.numOfUnknownApplication()};
+}
+
+const char* applicationName(MrpApplication application) {
+  return application == MrpApplication::msrp ? "msrp" : "mvrp";
+}
+
+void writeAttributes(std::ostream& os, const Mrp::MrpSm& engine, const Mrp::MrpSm::ParsedKeyQueue& keys) {
+  os << '[';
+  const char* separator = "";
+  for (const auto& [index, key] : keys) {
+    Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = engine.mrpParsedAttribute(key);
+    std::vector<std::uint8_t> value;
+    for (std::size_t i = 0; parsed && i < parsed->attributeValues().size(); ++i) {
+      value.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
+    }
+    os << separator << "{\"type\": " << unsigned{key.attributeType} << ", \"key\": " << key.attributeKey
+       << ", \"event\": " << (parsed ? unsigned{parsed->attributeEvent()} : 0u) << ", \"value\": \""
+       << hexEncode(value.data(), value.size()) << "\"}";
+    separator = ", ";
+  }
+  os << ']';
+}
+
+void writeLeaveAll(std::ostream& os, const Mrp::MrpSm& engine) {
+  os << '[';
+  const char* separator = "";
+  for (const auto& [type, leaveAll] : engine.mrpRxLeaveAll()) {
+    if (!leaveAll) continue;
+    os << separator << unsigned{type};
+    separator = ", ";
+  }
+  os << ']';
+}
+
+}  // namespace
+
+Decoder::Decoder() : clock_(new Quarn::SimClock) { Quarn::System::clockIs(clock_); }
+
+Decoder::~Decoder() {
+  engines_.clear();
+  Quarn::System::clockIs(nullptr);
+}
+
+Mrp::MrpSm& Decoder::engine(MrpApplication application) {
+  Quarn::Ptr<Mrp::MrpSm>& engine = engines_[application];
+  if (!engine) {
+    Quarn::Ptr<Mrp::MrpLib> lib = Mrp::mrpLibFactory();
+    const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
+    lib->applicationIs(application);
+    lib->applicationMacAddrIs(framing.macAddr);
+    lib->applicationEtypeIs(framing.etype);
+    engine = Mrp::mrpSmFactory(new Bridging::Config, lib, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
+                               new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
+                               new Hive::EntityManager("mrp-decode"), false);
+  }
+  return *engine;
+}
+
+// What one received frame leaves behind until the receive path has
+// dispatched it; decoding stops before dispatch, so it is cleared here.
+void Decoder::clearFrameState(Mrp::MrpSm& engine) {
+  engine.mrpParsedAttributeDelAll();
+  engine.mrpParsedAttributeKeyDelAll();
+  engine.msrpParsedDomainKeyDelAll();
+  engine.mrpRxLeaveAllDelAll();
+  engine.futureProtocolVersionIs(false);
+}
+
+std::string Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std::vector<std::uint8_t>& mrpdu) {
+  Mrp::MrpSm& e = engine(application);
+  const FrameCounters before = countersOf(*e.mrpCounters());
+  const std::uint32_t eventsBefore = e.parseContext()->eventsCounter();
+
+  e.parseMrpdu(Velo::Pkt::pktNew(mrpdu.data(), mrpdu.size()));
+
+  const FrameCounters after = countersOf(*e.mrpCounters());
+  std::ostringstream os;
+  os << "{\"frame\": " << frame << ", \"application\": \"" << applicationName(application) << "\", \"leaveAll\": ";
+  writeLeaveAll(os, e);
+  os << ", \"domain\": ";
+  writeAttributes(os, e, e.msrpParsedDomainKey());
+  os << ", \"attributes\": ";
+  writeAttributes(os, e, e.mrpParsedAttributeKey());
+  os << ", \"events\": " << static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore)
+     << ", \"counters\": {\"numOfIncorrectPduVersion\": " << after.incorrectPduVersion - before.incorrectPduVersion
+     << ", \"numOfUnknownAttributeType\": " << after.unknownAttributeType - before.unknownAttributeType
+     << ", \"numOfMalformedPkts\": " << after.malformedPkts - before.malformedPkts
+     << ", \"numOfUnknownApplication\": " << after.unknownApplication - before.unknownApplication << "}}";
+  clearFrameState(e);
+  return os.str();
+}
+
+std::string Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+  const auto header = Velo::EthHdr::fromBytes(ethernetFrame.data(), ethernetFrame.size());
+  if (!header) return "{\"frame\": " + std::to_string(frame) + ", \"skipped\": \"shorter than an Ethernet header\"}";
+  std::size_t offset = Velo::EthHdr::kSize;
+  std::uint16_t etype = header->etherType();
+  if (etype == Velo::EthHdr::kVlanEtherType && ethernetFrame.size() >= offset + 4) {
+    etype = static_cast<std::uint16_t>(ethernetFrame[16] << 8 | ethernetFrame[17]);
+    offset += 4;
+  }
+  for (MrpApplication application : {MrpApplication::msrp, MrpApplication::mvrp}) {
+    const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
+    if (header->dst() == framing.macAddr && etype == framing.etype) {
+      return decodeMrpdu(frame, application, {ethernetFrame.begin() + static_cast<long>(offset), ethernetFrame.end()});
+    }
+  }
+  return "{\"frame\": " + std::to_string(frame) + ", \"skipped\": \"not an MSRP or MVRP frame\"}";
+}
+
+}  // namespace MrpCli

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "MrpModel/MrpApplication.h"
+#include "MrpSm/MrpSm.h"
+#include "quarn/Clock.h"
+
+namespace MrpCli {
+
+// Runs MRPDUs through the engine's own parser, as the receive path would on
+// one engine per application (simulated clock, no sockets), and describes
+// what each frame left behind as one JSON object.
+class Decoder {
+ public:
+  // Installs a simulated process clock for the engines' timers.
+  Decoder();
+  ~Decoder();
+  Decoder(const Decoder&) = delete;
+  Decoder& operator=(const Decoder&) = delete;
+
+  // One MRPDU, from its ProtocolVersion octet.
+  std::string decodeMrpdu(unsigned frame, Mrp::MrpApplication application, const std::vector<std::uint8_t>& mrpdu);
+  // One Ethernet frame: the application is chosen by destination address and
+  // EtherType (behind at most one VLAN tag); other frames are skipped.
+  std::string decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+
+ private:
+  Mrp::MrpSm& engine(Mrp::MrpApplication application);
+  void clearFrameState(Mrp::MrpSm& engine);
+
+  Quarn::Ptr<Quarn::SimClock> clock_;
+  std::map<Mrp::MrpApplication, Quarn::Ptr<Mrp::MrpSm>> engines_;
+};
+
+}  // namespace MrpCli
