@@ -3,13 +3,15 @@
 #
 #   ./build.sh run     build (build/), then run `mrp --help`
 #   ./build.sh test    build and run every test, plain (build/) and under
-#                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/)
+#                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
+#                      then each fuzz target for a bounded time (build-fuzz/, clang)
 #
 # Missing build tools and libraries are installed with apt-get first.
 set -euo pipefail
 cd "$(dirname "$0")"
 
-PACKAGES=(cmake make g++ googletest libgtest-dev libgmock-dev)
+PACKAGES=(cmake make g++ googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang)
+FUZZ_SECONDS=${FUZZ_SECONDS:-60}
 JOBS=$(nproc 2>/dev/null || echo 2)
 
 install_missing() {
@@ -22,6 +24,8 @@ install_missing() {
   [ "$(id -u)" -ne 0 ] && sudo=(sudo)
   echo "build.sh: installing ${missing[*]}"
   "${sudo[@]}" apt-get update -q
+  # tshark asks whether unprivileged users may capture; the answer is no.
+  echo "wireshark-common wireshark-common/install-setuid boolean false" | "${sudo[@]}" debconf-set-selections
   DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -q "${missing[@]}"
 }
 
@@ -36,6 +40,26 @@ run_tests() {  # run_tests DIR
   ctest --test-dir "$1" -j "$JOBS" --output-on-failure
 }
 
+# Each fuzz target runs over its seed corpus (fuzz/corpus/<target>/) and then
+# explores for FUZZ_SECONDS, under ASan + UBSan; any crash fails the run.
+run_fuzzers() {
+  if ! command -v clang++ >/dev/null; then
+    echo "build.sh: clang++ not found, fuzz targets not run"
+    return
+  fi
+  CC=clang CXX=clang++ build build-fuzz -DMRP_BUILD_FUZZ=ON -DMRP_SANITIZE=ON -DMRP_BUILD_TESTS=OFF
+  for target in build-fuzz/fuzz/*_fuzzer; do
+    [ -x "$target" ] || continue
+    local name corpus
+    name=$(basename "$target")
+    corpus=$(mktemp -d)
+    cp -r "fuzz/corpus/${name%_fuzzer}/." "$corpus/" 2>/dev/null || true
+    echo "build.sh: fuzzing $name for ${FUZZ_SECONDS}s"
+    "$target" -max_total_time="$FUZZ_SECONDS" -print_final_stats=1 "$corpus"
+    rm -rf "$corpus"
+  done
+}
+
 case "${1:-}" in
   run)
     install_missing
@@ -44,10 +68,11 @@ case "${1:-}" in
     ;;
   test)
     install_missing
-    build build
+    build build -DMRP_BUILD_BENCH=ON
     run_tests build
     build build-san -DMRP_SANITIZE=ON
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests build-san
+    run_fuzzers
     ;;
   *)
     echo "usage: ./build.sh run|test" >&2
