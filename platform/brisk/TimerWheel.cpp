@@ -51,7 +51,6 @@ TimerWheel::TimerWheel(Quarn::Ptr<Quarn::Clock> clock, std::uint32_t tickMsecs, 
   if (tickMsecs == 0) throw std::invalid_argument("TimerWheel: tickMsecs must be positive");
   if (initialMaxTicks == 0) throw std::invalid_argument("TimerWheel: initialMaxTicks must be positive");
   buckets_.resize(initialMaxTicks);
-  for (Bucket& b : buckets_) b.reserve(defaultBucketSize);
   nextTick_ = tickAtOrAfter(clock_->now());
 }
 

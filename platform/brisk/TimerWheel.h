@@ -19,6 +19,9 @@ namespace Brisk {
 // The wheel has initialMaxTicks buckets, covering the ticks from the next
 // unprocessed one on. A timer further out is parked in an overflow list,
 // sorted by tick, and moved into its bucket once the wheel reaches it.
+// Buckets grow on demand: defaultBucketSize is kept as a hint only, since
+// reserving it in every bucket would hold initialMaxTicks x defaultBucketSize
+// slots (60000 x 1024 pointers for an engine) before any timer exists.
 //
 // Timers due on the same tick fire in scheduling order. preserveOrder false
 // lets a cancel move the bucket's last timer into the freed slot (no shift

@@ -25,7 +25,7 @@ class LinkQueue {
     std::uint64_t index = nextIndex_;
     if (!entries_.empty()) index = std::max<std::uint64_t>(index, std::uint64_t{entries_.rbegin()->first} + 1);
     if (index > std::numeric_limits<Index>::max()) throw std::range_error("linkqueue index space full");
-    entries_.emplace(static_cast<Index>(index), value);
+    entries_.emplace_hint(entries_.end(), static_cast<Index>(index), value);
     nextIndex_ = index + 1;
     return static_cast<Index>(index);
   }
