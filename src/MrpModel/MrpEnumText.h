@@ -1,6 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <ostream>
+#include <string_view>
+#include <type_traits>
+
+#include "MrpModel/MrpValueText.h"
 
 // Defines the output operator of an enumeration from its value list
 // X(name, code, text): the value's text, or its number when it has none.
@@ -13,4 +18,18 @@
     using EnumType = Enum;                                 \
     switch (value) { VALUES(MRP_ENUM_OUTPUT_CASE) }        \
     return os << static_cast<unsigned>(value);             \
+  }
+
+// Defines `std::optional<Enum> function(std::string_view)`, the inverse of the
+// output operator: a value's text, or a number that fits the enumeration.
+#define MRP_ENUM_FROM_TEXT_CASE(name, code, text) \
+  if (input == text) return EnumType::name;
+
+#define MRP_ENUM_FROM_TEXT(Enum, function, VALUES)                                     \
+  std::optional<Enum> function(std::string_view input) {                               \
+    using EnumType = Enum;                                                             \
+    VALUES(MRP_ENUM_FROM_TEXT_CASE)                                                    \
+    const auto code = ::Mrp::mrpUnsignedFromText<std::underlying_type_t<Enum>>(input); \
+    if (!code) return std::nullopt;                                                    \
+    return static_cast<Enum>(*code);                                                   \
   }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string_view>
 
 #include "quarn/Nbo.h"
 
@@ -12,6 +15,9 @@ class MsrpDomainAttribute {
   MsrpDomainAttribute() = default;
   MsrpDomainAttribute(std::uint8_t srClassId, std::uint8_t srClassPriority, std::uint16_t srClassVID)
       : srClassId_(srClassId), srClassPriority_(srClassPriority), srClassVID_(srClassVID) {}
+
+  // Reads the text form written by operator<<; nullopt if malformed.
+  static std::optional<MsrpDomainAttribute> fromString(std::string_view text);
 
   std::uint8_t srClassId() const { return srClassId_; }
   void srClassIdIs(std::uint8_t id) { srClassId_ = id; }
@@ -28,6 +34,9 @@ class MsrpDomainAttribute {
   Quarn::NboU16 srClassVID_;
 };
 
-static_assert(sizeof(MsrpDomainAttribute) == 4);
+static_assert(sizeof(MsrpDomainAttribute) == 4 && alignof(MsrpDomainAttribute) == 1);
+
+// Value('Mrp::MsrpDomainAttribute', ** {'srClassId': 6, 'srClassPriority': 3, 'srClassVID': 2})
+std::ostream& operator<<(std::ostream& os, const MsrpDomainAttribute& value);
 
 }  // namespace Mrp

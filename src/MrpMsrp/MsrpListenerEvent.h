@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <ostream>
+#include <string_view>
 
 namespace Mrp {
 
@@ -19,5 +21,7 @@ enum class MsrpListenerEvent : std::uint32_t {
 };
 
 std::ostream& operator<<(std::ostream& os, MsrpListenerEvent value);
+// The value named by its text or its number; nullopt for anything else.
+std::optional<MsrpListenerEvent> msrpListenerEventFromText(std::string_view text);
 
 }  // namespace Mrp

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string_view>
 
 #include "MrpMsrp/DataFrameParameters.h"
 #include "MrpMsrp/PriorityAndRank.h"
@@ -13,6 +16,16 @@ namespace Mrp {
 class MsrpTalkerAdvertiseAttribute {
  public:
   MsrpTalkerAdvertiseAttribute() = default;
+  MsrpTalkerAdvertiseAttribute(std::uint64_t streamId, const DataFrameParameters& frame, const Tspec& tSpec,
+                               PriorityAndRank priorityAndRank, std::uint32_t accumulatedLatency)
+      : streamId_(streamId),
+        frame_(frame),
+        tSpec_(tSpec),
+        priorityAndRank_(priorityAndRank),
+        accumulatedLatency_(accumulatedLatency) {}
+
+  // Reads the text form written by operator<<; nullopt if malformed.
+  static std::optional<MsrpTalkerAdvertiseAttribute> fromString(std::string_view text);
 
   std::uint64_t streamId() const { return streamId_.value(); }
   void streamIdIs(std::uint64_t id) { streamId_.valueIs(id); }
@@ -37,6 +50,10 @@ class MsrpTalkerAdvertiseAttribute {
   Quarn::NboU32 accumulatedLatency_;
 };
 
-static_assert(sizeof(MsrpTalkerAdvertiseAttribute) == 25);
+static_assert(sizeof(MsrpTalkerAdvertiseAttribute) == 25 && alignof(MsrpTalkerAdvertiseAttribute) == 1);
+
+// Value('Mrp::MsrpTalkerAdvertiseAttribute', ** {'streamId': 1, 'frame': <DataFrameParameters>,
+// 'tSpec': <Tspec>, 'priorityAndRank': <PriorityAndRank>, 'accumulatedLatency': 0})
+std::ostream& operator<<(std::ostream& os, const MsrpTalkerAdvertiseAttribute& value);
 
 }  // namespace Mrp

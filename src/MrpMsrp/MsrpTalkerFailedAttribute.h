@@ -1,5 +1,9 @@
 #pragma once
 
+#include <optional>
+#include <ostream>
+#include <string_view>
+
 #include "MrpMsrp/FailureInformation.h"
 #include "MrpMsrp/MsrpTalkerAdvertiseAttribute.h"
 
@@ -10,6 +14,12 @@ namespace Mrp {
 class MsrpTalkerFailedAttribute {
  public:
   MsrpTalkerFailedAttribute() = default;
+  MsrpTalkerFailedAttribute(const MsrpTalkerAdvertiseAttribute& talkerAdvertiseAttribute,
+                            const FailureInformation& failureInformation)
+      : talkerAdvertiseAttribute_(talkerAdvertiseAttribute), failureInformation_(failureInformation) {}
+
+  // Reads the text form written by operator<<; nullopt if malformed.
+  static std::optional<MsrpTalkerFailedAttribute> fromString(std::string_view text);
 
   const MsrpTalkerAdvertiseAttribute& talkerAdvertiseAttribute() const { return talkerAdvertiseAttribute_; }
   void talkerAdvertiseAttributeIs(const MsrpTalkerAdvertiseAttribute& a) { talkerAdvertiseAttribute_ = a; }
@@ -25,6 +35,10 @@ class MsrpTalkerFailedAttribute {
   FailureInformation failureInformation_;
 };
 
-static_assert(sizeof(MsrpTalkerFailedAttribute) == 34);
+static_assert(sizeof(MsrpTalkerFailedAttribute) == 34 && alignof(MsrpTalkerFailedAttribute) == 1);
+
+// Value('Mrp::MsrpTalkerFailedAttribute', ** {'talkerAdvertiseAttribute': <MsrpTalkerAdvertiseAttribute>,
+// 'failureInformation': <FailureInformation>})
+std::ostream& operator<<(std::ostream& os, const MsrpTalkerFailedAttribute& value);
 
 }  // namespace Mrp

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string_view>
 
 #include "quarn/Nbo.h"
 
@@ -12,6 +15,9 @@ class Tspec {
   Tspec() = default;
   Tspec(std::uint16_t maxFrameSize, std::uint16_t maxIntervalFrames)
       : maxFrameSize_(maxFrameSize), maxIntervalFrames_(maxIntervalFrames) {}
+
+  // Reads the text form written by operator<<; nullopt if malformed.
+  static std::optional<Tspec> fromString(std::string_view text);
 
   std::uint16_t maxFrameSize() const { return maxFrameSize_.value(); }
   void maxFrameSizeIs(std::uint16_t size) { maxFrameSize_.valueIs(size); }
@@ -25,6 +31,9 @@ class Tspec {
   Quarn::NboU16 maxIntervalFrames_;
 };
 
-static_assert(sizeof(Tspec) == 4);
+static_assert(sizeof(Tspec) == 4 && alignof(Tspec) == 1);
+
+// Value('Mrp::Tspec', ** {'maxFrameSize': 1500, 'maxIntervalFrames': 1})
+std::ostream& operator<<(std::ostream& os, const Tspec& value);
 
 }  // namespace Mrp

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string_view>
 
 #include "quarn/Nbo.h"
 
@@ -13,6 +16,9 @@ class MvrpVlanAttribute {
   MvrpVlanAttribute() = default;
   explicit MvrpVlanAttribute(std::uint16_t vlanId) : vlanId_(vlanId) {}
 
+  // Reads the text form written by operator<<; nullopt if malformed.
+  static std::optional<MvrpVlanAttribute> fromString(std::string_view text);
+
   std::uint16_t vlanId() const { return vlanId_.value(); }
   void vlanIdIs(std::uint16_t vlanId) { vlanId_.valueIs(vlanId); }
 
@@ -22,6 +28,9 @@ class MvrpVlanAttribute {
   Quarn::NboU16 vlanId_;
 };
 
-static_assert(sizeof(MvrpVlanAttribute) == 2);
+static_assert(sizeof(MvrpVlanAttribute) == 2 && alignof(MvrpVlanAttribute) == 1);
+
+// Value('Mrp::MvrpVlanAttribute', ** {'vlanId': 10})
+std::ostream& operator<<(std::ostream& os, const MvrpVlanAttribute& value);
 
 }  // namespace Mrp
