@@ -1,0 +1,48 @@
+// Parses arbitrary bytes as a received MRPDU. The first input byte picks the
+// engine: even for MSRP, odd for MVRP; the rest is the MRPDU from its
+// ProtocolVersion octet on. Checks only that nothing crashes or reads out of
+// bounds (run it with the sanitizers).
+
+#include <cstddef>
+#include <cstdint>
+
+#include "../tests/support/StandaloneEngine.h"
+#include "quarn/Log.h"
+
+namespace {
+
+// The parser logs every malformed frame; the fuzzer has no use for them.
+class DiscardLogSink : public Quarn::LogSink {
+ public:
+  void log(const Quarn::LogMessage&, const std::string&) override {}
+};
+
+DiscardLogSink discardLogSink;
+Quarn::Ptr<Mrp::MrpSm> msrpEngine;
+Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
+
+// Each frame starts from empty collections, as after the engine's dispatch.
+void frameHandled(Mrp::MrpSm& engine) {
+  engine.mrpParsedAttributeDelAll();
+  engine.mrpParsedAttributeKeyDelAll();
+  engine.msrpParsedDomainKeyDelAll();
+  engine.mrpRxLeaveAllDelAll();
+  engine.futureProtocolVersionIs(false);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  Quarn::logSinkIs(&discardLogSink);
+  msrpEngine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::msrp);
+  mvrpEngine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  Mrp::MrpSm& engine = (data[0] & 1) == 0 ? *msrpEngine : *mvrpEngine;
+  engine.parseMrpdu(Velo::Pkt::pktNew(data + 1, size - 1));
+  frameHandled(engine);
+  return 0;
+}

@@ -1,0 +1,426 @@
+#include <cstdio>
+
+#include "MrpModel/MrpValueBytes.h"
+#include "MrpModel/MrpWireFormat.h"
+#include "MrpMsrp/MsrpAttrType.h"
+#include "MrpMvrp/MvrpAttrType.h"
+#include "MrpSm/MrpPduReader.h"
+#include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpSmLog.h"
+#include "MrpSm/MrpSmTrace.h"
+#include "quarn/Collection.h"
+
+namespace Mrp {
+
+// The receive parser: recursive descent over the MRPDU layout of
+// MrpWireFormat.h, consuming the packet from its head. Each level returns
+// parseContinue while octets remain, parseEndOfPdu at the PDU's EndMark and
+// parseMalformed when the PDU cannot be read further.
+
+namespace {
+
+constexpr auto kContinue = MrpParseStatus::parseContinue;
+constexpr auto kEndOfPdu = MrpParseStatus::parseEndOfPdu;
+constexpr auto kMalformed = MrpParseStatus::parseMalformed;
+
+// Room for the log texts below with a port name of any practical length.
+constexpr std::size_t kLogTextOctets = 256;
+
+MrpParseStatus malformed(MrpCounters& counters) {
+  counters.numOfMalformedPktsInc();
+  return kMalformed;
+}
+
+// An attribute type the application does not know, in a message whose
+// AttributeLength (0) matched it: counted and passed over.
+MrpParseStatus unidentifiedAttributeType(MrpSm& sm) {
+  const std::uint8_t type = sm.parseContext()->attributeType();
+  MRP_TRACE(4, " ######## Unidentified attribute type = " << static_cast<unsigned>(type));
+  sm.mrpCounters()->numOfUnknownAttributeTypeInc();
+  char text[kLogTextOctets];
+  std::snprintf(text, sizeof text, "Unidentified attribute type %d received on %s", type,
+                sm.parseContext()->intfId().name().c_str());
+  Quarn::log(MRP_ERROR, text);
+  return kContinue;
+}
+
+// A LeaveAll-only vector (no values) leaves these marks in the context for
+// the received-event dispatch: key 0, one event counted, event 6 then 2.
+void noteValuelessVector(MrpParseContext& context) {
+  context.attributeKeyIs(0);
+  if (context.leaveAll() != 1) return;
+  context.attributeEventIs(6);
+  context.eventsCounterInc(1);
+  context.attributeEventIs(2);
+}
+
+// The value's octets from index 0, replacing those of an earlier occurrence.
+void saveValueBytes(MrpParsedAttribute& parsedAttribute, std::span<const std::uint8_t> bytes) {
+  parsedAttribute.attributeValueDelAll();
+  for (const std::uint8_t octet : bytes) parsedAttribute.attributeValueEnq(octet);
+}
+
+}  // namespace
+
+MrpParseStatus MrpSm::parseEndedEarly(const char* what) {
+  MRP_TRACE(4, " ######## MRPDU ends inside its " << what);
+  parseEndedEarly_ = true;
+  return malformed(*mrpCounters_);
+}
+
+MrpParseStatus MrpSm::packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft) {
+  parseContext_->attributeListBytesLeftIs(0);
+  char text[kLogTextOctets];
+  std::snprintf(text, sizeof text, "Number of values %d does not match with the packet bytes %d received on %s",
+                static_cast<int>(packedOctets), static_cast<int>(bytesLeft), parseContext_->intfId().name().c_str());
+  Quarn::log(MRP_ERROR, text);
+  return parseEndedEarly("packed events");
+}
+
+void MrpSm::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MRP_TRACE(8, "parseMrpdu payload= " << in.bytesLeft() << " bytes! ");
+  parseEndedEarly_ = false;
+  MrpParseStatus status = kContinue;
+  std::uint8_t version = 0;
+  if (in.readU8(version)) {
+    if (version != protocolVersion_) {
+      MRP_TRACE(4, "MRPDU protocol version" << static_cast<unsigned>(version)
+                                            << " is greater than the current supported version ");
+      futureProtocolVersion_ = true;
+      mrpCounters_->numOfIncorrectPduVersionInc();
+    }
+    while (in.bytesLeft() > 0 && status == kContinue) status = parseMessage(pkt);
+  } else {
+    status = parseEndedEarly("ProtocolVersion");
+  }
+  recycledPkt_ = false;
+  MRP_TRACE(8, "End of Mark/End of Packet reached, coming out \n");
+  MRP_TRACE(8, "parse status = " << status);
+}
+
+MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MrpParseContext& context = *parseContext_;
+  std::uint8_t type = 0;
+  std::uint8_t length = 0;
+  if (!in.readU8(type) || !in.readU8(length)) return parseEndedEarly("message header");
+  context.attributeTypeIs(type);
+  context.attributeLengthIs(length);
+  const MrpApplication application = mrpLib_->application();
+  if (application == MrpApplication::msrp) {
+    std::uint16_t listLength = 0;
+    if (!in.readU16(listLength)) return parseEndedEarly("AttributeListLength");
+    context.attributeListBytesLeftIs(listLength);
+    MRP_TRACE(8, "AttributeListLength = " << listLength);
+    if (listLength == 0) return malformed(*mrpCounters_);
+  }
+  if (mrpSizeOfAttribute(type, static_cast<std::uint8_t>(application)) == length) {
+    const MrpParseStatus status = parseAttributeList(pkt);
+    if (status != kContinue) return status;
+  } else {
+    MRP_TRACE(
+        4, " ######## Invalid attribute length = " << static_cast<unsigned>(length)
+                                                   << " or Invalid attribute type = " << static_cast<unsigned>(type));
+    if (!futureProtocolVersion_) return malformed(*mrpCounters_);
+    skipMessageDueToFutureProtocolVersion(pkt);
+    if (parseEndedEarly_) return kMalformed;
+  }
+  // The PDU's EndMark is recognised, not consumed: padding behind it is never read.
+  std::uint16_t next = 0;
+  if (!in.peekU16(next)) return parseEndedEarly("EndMark");
+  return next == 0 ? kEndOfPdu : kContinue;
+}
+
+void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MRP_TRACE(8, "void Mrp::MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>&)");
+  MrpPduReader in(*pkt);
+  MrpParseContext& context = *parseContext_;
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      if (!in.skip(context.attributeListBytesLeft())) parseEndedEarly("AttributeList");
+      return;
+    case MrpApplication::mvrp:
+      break;
+    default:
+      return;
+  }
+  // MVRP messages carry no length: skip vector by vector, by the size that
+  // each header implies.
+  std::uint16_t word = 0;
+  if (!in.peekU16(word)) {
+    parseEndedEarly("VectorHeader");
+    return;
+  }
+  do {
+    const std::uint16_t numberOfValues = word & kMrpNumberOfValuesMask;
+    // Sizes are taken modulo 256, deliberately: a vector of 256 octets or
+    // more is skipped short and the rest is read as vectors.
+    auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context.attributeLength() +
+                                          kMrpVectorHeaderOctets);
+    if (skip > in.bytesLeft()) skip = static_cast<std::uint8_t>(in.bytesLeft());
+    // A step of 0 would read the same header forever.
+    if (skip == 0) {
+      parseEndedEarly("vector skipped by a step of 0 octets");
+      return;
+    }
+    in.skip(skip);
+    if (in.bytesLeft() == 0) return;
+    if (!in.peekU16(word)) {
+      parseEndedEarly("EndMark");
+      return;
+    }
+  } while (word != 0);
+  in.skip(kMrpEndMarkOctets);
+}
+
+MrpParseStatus MrpSm::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MrpParseStatus status = kContinue;
+  bool listEnded = false;
+  for (;;) {
+    status = parseVectorAttribute(pkt);
+    if (parseEndedEarly_) return kMalformed;
+    std::uint16_t next = 0;
+    if (!in.peekU16(next)) return parseEndedEarly("EndMark");
+    if (next == 0) {
+      listEnded = true;
+      break;
+    }
+    if (status != kContinue || in.bytesLeft() <= kMrpEndMarkOctets) break;
+  }
+  if (!listEnded) return malformed(*mrpCounters_);
+  // An MSRP list must come out at exactly its EndMark's own two octets.
+  if (mrpLib_->application() == MrpApplication::msrp && parseContext_->attributeListBytesLeft() != kMrpEndMarkOctets) {
+    return malformed(*mrpCounters_);
+  }
+  in.skip(kMrpEndMarkOctets);
+  return status;
+}
+
+MrpParseStatus MrpSm::parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MrpParseContext& context = *parseContext_;
+  std::uint16_t header = 0;
+  if (!in.peekU16(header)) return parseEndedEarly("VectorHeader");
+  const std::uint16_t numberOfValues = header & kMrpNumberOfValuesMask;
+  if ((header & kMrpLeaveAllBit) == 0) {
+    if (numberOfValues == 0) {
+      context.attributeListBytesLeftIs(0);
+      return malformed(*mrpCounters_);
+    }
+    context.leaveAllIs(0);
+  } else {
+    MRP_TRACE(7, "leaveAllEvent is True for " << context.intfId());
+    MRP_TRACE(7, " leaveAllEvent is True");
+    context.leaveAllIs(1);
+    if (!recycledPkt_) mrpRxLeaveAllIs(context.attributeType(), true);
+  }
+  context.numberOfValuesIs(numberOfValues);
+  in.skip(kMrpVectorHeaderOctets);
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      return parseMsrpVector(pkt);
+    case MrpApplication::mvrp:
+      return parseMvrpVector(pkt);
+  }
+  MRP_TRACE(4, "Application " << mrpLib_->application() << " not supported");
+  mrpCounters_->numOfUnknownApplicationInc();
+  return kContinue;
+}
+
+MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MrpLib& lib = *mrpLib_;
+  switch (static_cast<MsrpAttrType>(parseContext_->attributeType())) {
+    case MsrpAttrType::talkerAdvertise: {
+      const std::optional<MsrpTalkerAdvertiseAttribute> talker = parseTalkerAdvertise(pkt);
+      if (!talker) return parseEndedEarly("Talker Advertise FirstValue");
+      lib.msrpTalkerAdvertiseRx() = *talker;
+      return parseThreePackedEvents(pkt);
+    }
+    case MsrpAttrType::talkerFailed: {
+      const std::optional<MsrpTalkerAdvertiseAttribute> talker = parseTalkerAdvertise(pkt);
+      std::uint64_t bridgeId = 0;
+      std::uint8_t failureCode = 0;
+      if (!talker || !in.readU64(bridgeId) || !in.readU8(failureCode)) {
+        return parseEndedEarly("Talker Failed FirstValue");
+      }
+      MsrpTalkerFailedAttribute& failed = lib.msrpTalkerFailedRx();
+      failed.talkerAdvertiseAttributeIs(*talker);
+      failed.failureInformationIs(FailureInformation(bridgeId, failureCode));
+      MRP_TRACE(8, " TalkerFailedAttribute = " << failed);
+      return parseThreePackedEvents(pkt);
+    }
+    case MsrpAttrType::listenerVector: {
+      std::uint64_t streamId = 0;
+      if (!in.readU64(streamId)) return parseEndedEarly("Listener FirstValue");
+      lib.msrpListenerVectorRx().streamIdIs(streamId);
+      MRP_TRACE(8, " ListenerVector stream Id =0x " << std::hex << streamId);
+      return parseThreeFourPackedEvents(pkt);
+    }
+    case MsrpAttrType::domainVector: {
+      std::uint8_t srClassId = 0;
+      std::uint8_t srClassPriority = 0;
+      std::uint16_t srClassVID = 0;
+      if (!in.readU8(srClassId) || !in.readU8(srClassPriority) || !in.readU16(srClassVID)) {
+        return parseEndedEarly("Domain FirstValue");
+      }
+      lib.msrpDomainVectorRx() = MsrpDomainAttribute(srClassId, srClassPriority, srClassVID);
+      MRP_TRACE(8, "DomainVector stream Id = " << static_cast<unsigned>(srClassId));
+      return parseThreePackedEvents(pkt);
+    }
+    case MsrpAttrType::invalidAttribute:
+      break;
+  }
+  return unidentifiedAttributeType(*this);
+}
+
+MrpParseStatus MrpSm::parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  if (static_cast<MvrpAttrType>(parseContext_->attributeType()) != MvrpAttrType::vlanVector) {
+    return unidentifiedAttributeType(*this);
+  }
+  MrpPduReader in(*pkt);
+  std::uint16_t vlanId = 0;
+  if (!in.readU16(vlanId)) return parseEndedEarly("VLAN FirstValue");
+  mrpLib_->mvrpVlanVectorRx().vlanIdIs(vlanId);
+  MRP_TRACE(8, "VlanVector vlanId = " << vlanId);
+  return parseThreePackedEvents(pkt);
+}
+
+MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MrpParseContext& context = *parseContext_;
+  const std::uint16_t numberOfValues = context.numberOfValues();
+  const std::uint16_t packedOctets = mrpThreePackedOctets(numberOfValues);
+  if (numberOfValues == 0) noteValuelessVector(context);
+  std::span<const std::uint8_t> packed;
+  if (!in.peekBytes(packedOctets, packed)) return packedEventsTooLong(packedOctets, in.bytesLeft());
+  std::uint16_t valueIndex = 0;
+  for (const std::uint8_t octet : packed) {
+    for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
+      if (valueIndex == numberOfValues) break;
+      processMrpEvent(event, valueIndex++);
+    }
+  }
+  context.attributeListBytesLeftDec(
+      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context.attributeLength() + packedOctets));
+  in.skip(packedOctets);
+  return kContinue;
+}
+
+MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  MrpPduReader in(*pkt);
+  MrpParseContext& context = *parseContext_;
+  const std::uint16_t numberOfValues = context.numberOfValues();
+  if (numberOfValues == 0) {
+    noteValuelessVector(context);
+    context.attributeListBytesLeftDec(static_cast<std::uint16_t>(context.attributeLength() + kMrpVectorHeaderOctets));
+    return kContinue;
+  }
+  const std::uint16_t threePacked = mrpThreePackedOctets(numberOfValues);
+  const std::uint16_t packedOctets = static_cast<std::uint16_t>(threePacked + mrpFourPackedOctets(numberOfValues));
+  std::span<const std::uint8_t> packed;
+  if (!in.peekBytes(packedOctets, packed)) return packedEventsTooLong(packedOctets, in.bytesLeft());
+  std::uint16_t valueIndex = 0;
+  for (const std::uint8_t octet : packed.first(threePacked)) {
+    for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
+      if (valueIndex == numberOfValues) break;
+      processThreeAndFourPacked(pkt, event, valueIndex++, threePacked);
+      if (parseEndedEarly_) return kMalformed;
+    }
+  }
+  MRP_TRACE(8, " attributeListBytesLeft before accounting this vector =" << context.attributeListBytesLeft());
+  context.attributeListBytesLeftDec(
+      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context.attributeLength() + packedOctets));
+  in.skip(packedOctets);
+  MRP_TRACE(8, packedOctets << "  bytes deleted that are three packed and 4 packed");
+  MRP_TRACE(8, " attributeListBytesLeft " << context.attributeListBytesLeft());
+  return kContinue;
+}
+
+void MrpSm::processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event, std::uint16_t valueIndex,
+                                      std::uint16_t threePackedOctets) {
+  MrpPduReader in(*pkt);
+  std::uint8_t octet = 0;
+  if (!in.peekU8(std::size_t{threePackedOctets} + valueIndex / 4u, octet)) {
+    parseEndedEarly("FourPackedEvents");
+    return;
+  }
+  mrpLib_->msrpListenerVectorRx().listenerEventIs(
+      static_cast<MsrpListenerEvent>(mrpUnpackFourPacked(octet, valueIndex % 4u)));
+  processMrpEvent(event, valueIndex);
+}
+
+void MrpSm::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
+  MrpParseContext& context = *parseContext_;
+  mrpLib_->mrpValueFromFirstValue(valueIndex);
+  context.attributeKeyIs(mrpGetRxAttributeKey());
+  context.attributeEventIs(event);
+  context.eventsCounterInc(1);
+  if (recycledPkt_ || mrpConfig_->mrpFlooding()) {
+    MRP_TRACE(8, "Recycled Pkt. Returning after parsing");
+    return;
+  }
+  saveParsedMrpAttribute();
+}
+
+void MrpSm::saveParsedMrpAttribute() {
+  const MrpParsedAttributeKey key{parseContext_->attributeType(), parseContext_->attributeKey()};
+  Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttributeIs(key);
+  // A later occurrence in the frame overwrites the event and the value.
+  parsedAttribute->attributeEventIs(parseContext_->attributeEvent());
+  saveParsedMrpAttributeValue(*parsedAttribute);
+  if (mrpLib_->application() == MrpApplication::msrp &&
+      static_cast<MsrpAttrType>(key.attributeType) == MsrpAttrType::domainVector) {
+    msrpParsedDomainKeyEnq(key);
+  } else {
+    mrpParsedAttributeKeyEnq(key);
+  }
+}
+
+void MrpSm::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      saveParsedMsrpAttributeValue(parsedAttribute);
+      return;
+    case MrpApplication::mvrp:
+      saveParsedMvrpAttributeValue(parsedAttribute);
+      return;
+  }
+}
+
+void MrpSm::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+  MrpLib& lib = *mrpLib_;
+  switch (static_cast<MsrpAttrType>(parsedAttribute.key().attributeType)) {
+    case MsrpAttrType::talkerAdvertise:
+      saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerAdvertiseRx()));
+      return;
+    case MsrpAttrType::talkerFailed:
+      saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerFailedRx()));
+      return;
+    case MsrpAttrType::listenerVector:
+      saveValueBytes(parsedAttribute, valueBytes(lib.msrpListenerVectorRx()));
+      return;
+    case MsrpAttrType::domainVector:
+      saveValueBytes(parsedAttribute, valueBytes(lib.msrpDomainVectorRx()));
+      return;
+    case MsrpAttrType::invalidAttribute:
+      return;
+  }
+}
+
+void MrpSm::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+  if (static_cast<MvrpAttrType>(parsedAttribute.key().attributeType) != MvrpAttrType::vlanVector) return;
+  saveValueBytes(parsedAttribute, valueBytes(mrpLib_->mvrpVlanVectorRx()));
+}
+
+Quarn::Ptr<MrpParsedAttribute> MrpSm::mrpParsedAttribute(const MrpParsedAttributeKey& key) const {
+  return Quarn::entryOf(mrpParsedAttribute_, key);
+}
+
+Quarn::Ptr<MrpParsedAttribute> MrpSm::mrpParsedAttributeIs(const MrpParsedAttributeKey& key) {
+  return Quarn::entryIs(mrpParsedAttribute_, key, [&key] { return new MrpParsedAttribute(key); });
+}
+
+}  // namespace Mrp

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "MrpModel/MrpWireFormat.h"
+#include "MrpSm/MrpLib.h"
+#include "MrpSm/MrpSm.h"
+
+namespace MrpTest {
+
+// An active engine for `application` over fresh records with the
+// application's default framing, for programs that run without the test
+// framework (benchmarks, fuzz targets).
+inline Quarn::Ptr<Mrp::MrpSm> standaloneEngineNew(Mrp::MrpApplication application) {
+  Quarn::Ptr<Mrp::MrpLib> mrpLib = Mrp::mrpLibFactory();
+  mrpLib->applicationIs(application);
+  const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
+  mrpLib->applicationMacAddrIs(framing.macAddr);
+  mrpLib->applicationEtypeIs(framing.etype);
+  return Mrp::mrpSmFactory(new Bridging::Config, mrpLib, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
+                           new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
+                           new Hive::EntityManager("mrp"), false);
+}
+
+}  // namespace MrpTest
