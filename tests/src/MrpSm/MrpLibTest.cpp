@@ -67,8 +67,8 @@ TEST(MrpLibTest, PacketContextIsCreatesOnceAndRefusesAnotherPacket) {
   ASSERT_TRUE(context);
   EXPECT_EQ(context->intfId(), eth1);
   EXPECT_EQ(context->pkt(), pkt);
-  EXPECT_EQ(context->curMessage(), nullptr);
-  EXPECT_EQ(context->curVector(), nullptr);
+  EXPECT_FALSE(context->curMessage().has_value());
+  EXPECT_FALSE(context->curVector().has_value());
   EXPECT_EQ(context->currentAttrType(), 0);
   EXPECT_EQ(lib->mrpTxPacketContextIs(eth1, pkt), context);
   EXPECT_FALSE(lib->mrpTxSecondPacketContext(eth1)) << "the two maps are separate";

@@ -1,0 +1,131 @@
+#include "support/Tshark.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+namespace MrpTest {
+
+namespace {
+
+void putLe(std::ofstream& out, std::uint32_t value, int octets) {
+  for (int i = 0; i < octets; ++i) out.put(static_cast<char>((value >> (8 * i)) & 0xff));
+}
+
+// The value of attribute `attr` in the tag `line`, entities resolved.
+std::string attribute(const std::string& line, const std::string& attr) {
+  const std::string key = " " + attr + "=\"";
+  const std::size_t start = line.find(key);
+  if (start == std::string::npos) return {};
+  const std::size_t from = start + key.size();
+  const std::size_t end = line.find('"', from);
+  std::string raw = line.substr(from, end == std::string::npos ? std::string::npos : end - from);
+  static const std::array<std::pair<const char*, char>, 5> kEntities = {
+      {{"&quot;", '"'}, {"&apos;", '\''}, {"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}}};
+  std::string text;
+  for (std::size_t i = 0; i < raw.size();) {
+    bool replaced = false;
+    for (const auto& [entity, c] : kEntities) {
+      const std::string e(entity);
+      if (raw.compare(i, e.size(), e) == 0) {
+        text += c;
+        i += e.size();
+        replaced = true;
+        break;
+      }
+    }
+    if (!replaced) text += raw[i++];
+  }
+  return text;
+}
+
+// A temporary directory removed with the object.
+class TempDir {
+ public:
+  TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "mrp-tshark-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot create a temporary directory");
+    path_ = pattern;
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace
+
+void writePcap(const std::string& path, const std::vector<std::vector<std::uint8_t>>& frames) {
+  std::ofstream out(path, std::ios::binary);
+  putLe(out, 0xa1b2c3d4, 4);  // magic: microsecond timestamps
+  putLe(out, 2, 2);           // version 2.4
+  putLe(out, 4, 2);
+  putLe(out, 0, 4);           // time zone
+  putLe(out, 0, 4);           // timestamp accuracy
+  putLe(out, 65535, 4);       // snapshot length
+  putLe(out, 1, 4);           // link type: Ethernet
+  for (const auto& frame : frames) {
+    putLe(out, 0, 4);  // seconds
+    putLe(out, 0, 4);  // microseconds
+    putLe(out, static_cast<std::uint32_t>(frame.size()), 4);  // captured length
+    putLe(out, static_cast<std::uint32_t>(frame.size()), 4);  // original length
+    out.write(reinterpret_cast<const char*>(frame.data()), static_cast<std::streamsize>(frame.size()));
+  }
+  if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+bool tsharkAvailable() { return std::system("command -v tshark >/dev/null 2>&1") == 0; }
+
+std::vector<DissectedFrame> tsharkDissect(const std::vector<std::vector<std::uint8_t>>& frames) {
+  TempDir dir;
+  const std::string pcap = (dir.path() / "frames.pcap").string();
+  writePcap(pcap, frames);
+  const std::string command = "tshark -n -r '" + pcap + "' -T pdml 2>/dev/null";
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) throw std::runtime_error("cannot run: " + command);
+  std::vector<DissectedFrame> dissected;
+  std::string line;
+  std::array<char, 4096> chunk;
+  auto takeLine = [&dissected](const std::string& text) {
+    const std::size_t tag = text.find_first_not_of(" \t");
+    if (tag == std::string::npos) return;
+    if (text.compare(tag, 8, "<packet>") == 0) {
+      dissected.emplace_back();
+    } else if (!dissected.empty() &&
+               (text.compare(tag, 7, "<field ") == 0 || text.compare(tag, 7, "<proto ") == 0)) {
+      dissected.back().push_back({attribute(text, "name"), attribute(text, "show")});
+    }
+  };
+  while (fgets(chunk.data(), static_cast<int>(chunk.size()), pipe)) {
+    line += chunk.data();
+    if (!line.empty() && line.back() == '\n') {
+      takeLine(line);
+      line.clear();
+    }
+  }
+  takeLine(line);
+  const int status = pclose(pipe);
+  if (status != 0) throw std::runtime_error("tshark failed: " + command);
+  if (dissected.size() != frames.size()) throw std::runtime_error("tshark dissected a different number of frames");
+  return dissected;
+}
+
+void requireTshark() {
+  if (tsharkAvailable()) return;
+  const char* ci = std::getenv("CI");
+  if (ci && *ci) {
+    FAIL() << "tshark is not installed, and CI is set: the dissector cross-check must run";
+  }
+  GTEST_SKIP() << "tshark is not installed";
+}
+
+}  // namespace MrpTest
