@@ -2,8 +2,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <ostream>
 #include <set>
+#include <string>
+#include <string_view>
 
 #include "quarn/Ptr.h"
 #include "velo/IntfId.h"
@@ -19,7 +22,13 @@ class MrpAttrIter : public Quarn::PtrInterface {
     Velo::IntfId intfId;
     std::uint8_t attributeType = 0;
 
+    // "Value('Mrp::MrpAttrIter::Key', ** {'intfId': <port>, 'attributeType': <number>})"
+    std::string stringValue() const;
+    // The key whose text form is `text`; nullopt for any other text.
+    static std::optional<Key> fromString(std::string_view text);
+
     friend bool operator==(const Key&, const Key&) = default;
+    // By port, then attribute type.
     friend auto operator<=>(const Key&, const Key&) = default;
   };
 
@@ -45,6 +54,7 @@ std::ostream& operator<<(std::ostream& os, const MrpAttrIter::Key& key);
 template <>
 struct std::hash<Mrp::MrpAttrIter::Key> {
   std::size_t operator()(const Mrp::MrpAttrIter::Key& k) const noexcept {
-    return std::hash<Velo::IntfId>{}(k.intfId) * 31 + k.attributeType;
+    const std::size_t h = std::hash<Velo::IntfId>{}(k.intfId);
+    return h ^ (std::hash<std::uint8_t>{}(k.attributeType) + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2));
   }
 };

@@ -1,31 +1,20 @@
 #pragma once
 
-#include "MrpSm/MrpAttrLogSm.h"
-#include "quarn/Clock.h"
-#include "quarn/Lifecycle.h"
-#include "quarn/Ptr.h"
+#include "MrpSm/MrpDatabaseReviewSm.h"
 
 namespace Mrp {
 
-class MrpSm;
-
-// Commits pending additions to the registration store in rate-limited batches.
-class MrpDatabaseAddSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
+// Commits pending additions to the registration store in rate-limited
+// batches, port by port in ascending type and key.
+class MrpDatabaseAddSm : public MrpDatabaseReviewSm {
  public:
   MrpDatabaseAddSm(MrpSm* mrpSm, MrpAttrLogSm* mrpAttrLogSm, Quarn::Ptr<Quarn::Clock> clock);
-  MrpDatabaseAddSm(const MrpDatabaseAddSm&) = delete;
-  MrpDatabaseAddSm& operator=(const MrpDatabaseAddSm&) = delete;
 
-  MrpSm* mrpSm() const { return mrpSm_; }
-  MrpAttrLogSm* mrpAttrLogSm() const { return mrpAttrLogSm_; }
-  const Quarn::Ptr<Quarn::Clock>& clock() const { return clock_; }
+  void doReview() override;
 
-  void handleInitialized();
-
- private:
-  MrpSm* mrpSm_;
-  MrpAttrLogSm* mrpAttrLogSm_;
-  Quarn::Ptr<Quarn::Clock> clock_;
+ protected:
+  ~MrpDatabaseAddSm() override = default;
+  bool pendingEmpty() const override;
 };
 
 }  // namespace Mrp

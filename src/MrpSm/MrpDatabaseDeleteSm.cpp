@@ -1,14 +1,32 @@
 #include "MrpSm/MrpDatabaseDeleteSm.h"
 
+#include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
 
 namespace Mrp {
 
-MrpDatabaseDeleteSm::MrpDatabaseDeleteSm(MrpSm* mrpSm, MrpAttrLogSm* mrpAttrLogSm, Quarn::Ptr<Quarn::Clock> clock) : mrpSm_(mrpSm), mrpAttrLogSm_(mrpAttrLogSm), clock_(std::move(clock)) { handleInitialized(); }
+MrpDatabaseDeleteSm::MrpDatabaseDeleteSm(MrpSm* mrpSm, MrpAttrLogSm* mrpAttrLogSm, Quarn::Ptr<Quarn::Clock> clock)
+    : MrpDatabaseReviewSm("MrpDatabaseDeleteSm", mrpSm, mrpAttrLogSm, std::move(clock)) {}
 
-void MrpDatabaseDeleteSm::handleInitialized() {
-  MRP_TRACE(8, "MrpDatabaseDeleteSm::handleInitialized()");
-  initializedIs();
+bool MrpDatabaseDeleteSm::pendingEmpty() const { return mrpSm()->deletePendingAttrs().empty(); }
+
+void MrpDatabaseDeleteSm::doReview() {
+  if (!initialized()) return;
+  MRP_TRACE(8, "MrpDatabaseDeleteSm::doReview()");
+  MrpSm& engine = *mrpSm();
+  // Commits from the front, so what a clogged log leaves keeps its order.
+  while (!engine.deletePendingAttrs().empty() && !attrLogOutClogged()) {
+    const MrpAttribute attribute = engine.deletePendingAttrs().begin()->first;
+    const auto& [intfId, attributeType, key] = attribute;
+    if (Quarn::Ptr<MrpIntfTypeApplicant> type = engine.mrpIntfTypeApplicant(intfId, attributeType)) {
+      type->mrpAttributeDel(key);
+    }
+    engine.removeFromAttrIter(intfId, attributeType, key);
+    MRP_TRACE(7, "intf:" << intfId << " type = " << static_cast<unsigned>(attributeType) << " "
+                         << "key = 0x" << std::hex << key << std::dec << " DELETED ");
+    engine.deletePendingAttrDel(attribute);
+  }
+  doUpdateReviewTimer();
 }
 
 }  // namespace Mrp

@@ -1,0 +1,209 @@
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "MrpModel/MrpValueBytes.h"
+#include "MrpMsrp/MsrpAttrType.h"
+#include "MrpMvrp/MvrpAttrType.h"
+#include "MrpSm/MrpSm.h"
+
+namespace Mrp {
+
+namespace {
+
+using StoredValue = std::array<std::uint8_t, MrpAttrDatabase::kValueOctets>;
+
+// Runs `f` on the service object's transmit or receive field of an MSRP
+// attribute type; false for a type MSRP does not have.
+template <class F>
+bool withMsrpValue(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
+  switch (static_cast<MsrpAttrType>(attributeType)) {
+    case MsrpAttrType::talkerAdvertise:
+      f(tx ? lib.msrpTalkerAdvertiseTx() : lib.msrpTalkerAdvertiseRx());
+      return true;
+    case MsrpAttrType::talkerFailed:
+      f(tx ? lib.msrpTalkerFailedTx() : lib.msrpTalkerFailedRx());
+      return true;
+    case MsrpAttrType::listenerVector:
+      f(tx ? lib.msrpListenerVectorTx() : lib.msrpListenerVectorRx());
+      return true;
+    case MsrpAttrType::domainVector:
+      f(tx ? lib.msrpDomainVectorTx() : lib.msrpDomainVectorRx());
+      return true;
+    case MsrpAttrType::invalidAttribute:
+      break;
+  }
+  return false;
+}
+
+// The same for MVRP.
+template <class F>
+bool withMvrpValue(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
+  if (static_cast<MvrpAttrType>(attributeType) != MvrpAttrType::vlanVector) return false;
+  f(tx ? lib.mvrpVlanVectorTx() : lib.mvrpVlanVectorRx());
+  return true;
+}
+
+void storeValue(MrpAttrDatabase& entry, std::span<const std::uint8_t> octets) {
+  for (std::size_t i = 0; i < octets.size(); ++i) entry.attributeValueIs(ValueIndex(i), octets[i]);
+}
+
+StoredValue storedValue(const MrpAttrDatabase& entry) {
+  StoredValue octets;
+  for (std::size_t i = 0; i < octets.size(); ++i) octets[i] = entry.attributeValue(ValueIndex(i));
+  return octets;
+}
+
+// Decodes the stored octets into `field`, a value record.
+template <class Record>
+void loadValue(const MrpAttrDatabase& entry, Record& field) {
+  field = valueFromBytes<Record>(storedValue(entry));
+}
+
+template <class Record>
+bool sameValue(const MrpAttrDatabase& entry, const Record& value) {
+  const auto octets = valueBytes(value);
+  const StoredValue stored = storedValue(entry);
+  return std::equal(octets.begin(), octets.end(), stored.begin());
+}
+
+}  // namespace
+
+Quarn::Ptr<MrpIntfTypeApplicant> MrpSm::mrpIntfTypeApplicant(const Velo::IntfId& intfId,
+                                                             std::uint8_t attributeType) const {
+  const Quarn::Ptr<MrpApplicationDatabase> database = mrpStatus_->applicationDatabase(mrpLib_->application());
+  if (!database) return nullptr;
+  const Quarn::Ptr<MrpIntfApplicant> intf = database->attrDatabase(intfId);
+  return intf ? intf->intfTypeApplicant(attributeType) : nullptr;
+}
+
+Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttrFromDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                          const std::uint64_t& key, bool useLocalCopy) const {
+  const MrpAttribute attribute{intfId, attributeType, key};
+  if (useLocalCopy) {
+    if (Quarn::Ptr<MrpAttrDatabase> pending = addPendingAttr(attribute)) return pending;
+  }
+  const Quarn::Ptr<MrpIntfTypeApplicant> type = mrpIntfTypeApplicant(intfId, attributeType);
+  if (!type) return nullptr;
+  const Quarn::Ptr<MrpAttrDatabase> stored = type->mrpAttribute(key);
+  if (!stored || deletePendingAttr(attribute)) return nullptr;
+  return stored;
+}
+
+Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttribute(bool create) {
+  const MrpParseContext& context = *parseContext_;
+  Quarn::Ptr<MrpAttrDatabase> entry =
+      mrpGetAttrFromDatabase(context.intfId(), context.attributeType(), context.attributeKey(), true);
+  if (entry || !create) return entry;
+  return mrpAddAttrToDatabase(context.intfId(), context.attributeType(), context.attributeKey(), false);
+}
+
+// Re-adding a stored attribute resets its states too, deliberately.
+Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpAddAttrToDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                        const std::uint64_t& key, bool txAttribute) {
+  Quarn::Ptr<MrpAttrDatabase> entry = addAttrToAddPending({intfId, attributeType, key});
+  entry->applicantStateIs(MrpApplicantState::vo);
+  entry->registrarStateIs(MrpRegistrarState::mt);
+  mrpPopulateValueInDatabase(entry, txAttribute);
+  return entry;
+}
+
+Quarn::Ptr<MrpAttrDatabase> MrpSm::createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                         const std::uint64_t& key) {
+  return mrpStatus_->applicationDatabaseIs(mrpLib_->application())
+      ->attrDatabaseIs(intfId)
+      ->intfTypeApplicantIs(attributeType)
+      ->mrpAttributeIs(key);
+}
+
+void MrpSm::mrpDeleteAttrFromDatabase() {
+  addAttrToDeletePending({parseContext_->intfId(), parseContext_->attributeType(), parseContext_->attributeKey()});
+}
+
+void MrpSm::mrpPopulateValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      mrpPopulateMsrpValueInDatabase(entry, txAttribute);
+      break;
+    case MrpApplication::mvrp:
+      mrpPopulateMvrpValueInDatabase(entry, txAttribute);
+      break;
+  }
+}
+
+void MrpSm::mrpPopulateMsrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
+  withMsrpValue(*mrpLib_, parseContext_->attributeType(), txAttribute,
+                [&](const auto& value) { storeValue(*entry, valueBytes(value)); });
+}
+
+void MrpSm::mrpPopulateMvrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
+  withMvrpValue(*mrpLib_, parseContext_->attributeType(), txAttribute,
+                [&](const auto& value) { storeValue(*entry, valueBytes(value)); });
+}
+
+void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute) {
+  // The attribute becomes current even when absent: callers go on to look
+  // it up and act on it.
+  parseContext_->intfIdIs(attribute.intfId);
+  parseContext_->attributeTypeIs(attribute.attributeType);
+  parseContext_->attributeKeyIs(attribute.attributeKey);
+  const Quarn::Ptr<MrpAttrDatabase> entry =
+      mrpGetAttrFromDatabase(attribute.intfId, attribute.attributeType, attribute.attributeKey, true);
+  if (!entry) return;
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      mrpFillMsrpContextFromDatabase(*entry);
+      break;
+    case MrpApplication::mvrp:
+      mrpFillMvrpContextFromDatabase(*entry);
+      break;
+  }
+}
+
+void MrpSm::mrpFillMsrpContextFromDatabase(const MrpAttrDatabase& entry) {
+  withMsrpValue(*mrpLib_, parseContext_->attributeType(), true, [&](auto& field) { loadValue(entry, field); });
+}
+
+void MrpSm::mrpFillMvrpContextFromDatabase(const MrpAttrDatabase& entry) {
+  withMvrpValue(*mrpLib_, parseContext_->attributeType(), true, [&](auto& field) { loadValue(entry, field); });
+}
+
+bool MrpSm::mrpRxVectorSameAsDatabaseAttr() const {
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      return msrpRxVectorSameAsDatabaseAttr();
+    case MrpApplication::mvrp:
+      return mvrpRxVectorSameAsDatabaseAttr();
+  }
+  return false;
+}
+
+bool MrpSm::msrpRxVectorSameAsDatabaseAttr() const {
+  const MrpParseContext& context = *parseContext_;
+  const Quarn::Ptr<MrpAttrDatabase> entry =
+      mrpGetAttrFromDatabase(context.intfId(), context.attributeType(), context.attributeKey(), true);
+  bool same = false;
+  withMsrpValue(*mrpLib_, context.attributeType(), false,
+                [&](const auto& value) { same = entry && sameValue(*entry, value); });
+  return same;
+}
+
+// The VLAN identifier is the whole value, and the key.
+bool MrpSm::mvrpRxVectorSameAsDatabaseAttr() const {
+  return static_cast<MvrpAttrType>(parseContext_->attributeType()) == MvrpAttrType::vlanVector &&
+         mrpLib_->mvrpVlanVectorRx().vlanId() == parseContext_->attributeKey();
+}
+
+void MrpSm::addToAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key) {
+  mrpAttrIterIs({intfId, attributeType})->attributeKeyIs(key, true);
+}
+
+void MrpSm::removeFromAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key) {
+  const MrpAttrIter::Key iterKey{intfId, attributeType};
+  const Quarn::Ptr<MrpAttrIter> iter = mrpAttrIter(iterKey);
+  if (!iter) return;
+  iter->attributeKeyIs(key, false);
+  if (iter->attributeKeys().empty()) mrpAttrIterDel(iterKey);
+}
+
+}  // namespace Mrp
