@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MrpModel/MrpApplicantEvent.h"
 #include "MrpModel/MrpConfig.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
@@ -19,6 +20,10 @@ class MrpApplicantSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const Quarn::Ptr<MrpConfig>& mrpConfig() const { return mrpConfig_; }
 
   void handleInitialized();
+
+  // The event the next handleApplicantEvent() applies to the current attribute.
+  void applicantEventIs(MrpApplicantEvent event);
+  void handleApplicantEvent();
 
  private:
   MrpSm* mrpSm_;

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstdint>
+
 #include "MrpModel/MrpConfig.h"
 #include "brisk/TimerWheel.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
+#include "quarn/Types.h"
+#include "velo/IntfId.h"
 
 namespace Mrp {
 
@@ -22,10 +26,20 @@ class MrpLeaveAllSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   void handleInitialized();
 
+  // Starts and stops the LeaveAll timers of every attribute type of a port.
+  void mrpEnableLeaveAllPending(const Velo::IntfId& intfId);
+  void mrpDisableLeaveAllPending(const Velo::IntfId& intfId);
+  // Restarts the port's timer of `attrType` at now + `period`: the type's
+  // expiry, then the port machine's doScheduleLeaveAllTimer(period).
+  void mrpRestartLeaveAllTimer(const Velo::IntfId& intfId, std::uint8_t attrType, Quarn::Seconds period);
+
  private:
   MrpSm* mrpSm_;
   Quarn::Ptr<MrpConfig> mrpConfig_;
   Quarn::Ptr<Brisk::TimerWheel> timerWheel_;
 };
+
+// The LeaveAll period of a port, drawn afresh on every call.
+Quarn::Seconds getLeaveAllTime(const MrpSm& mrpSm, const Velo::IntfId& intfId);
 
 }  // namespace Mrp

@@ -1,0 +1,84 @@
+#include "support/NetNamespace.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace MrpTest {
+
+namespace {
+
+constexpr const char* kPrefix = "mrptest-";
+constexpr const char* kNetnsDir = "/run/netns/";
+
+// Namespaces named after a test process that no longer runs.
+std::vector<std::string> staleNamespaces() {
+  std::vector<std::string> stale;
+  DIR* dir = opendir(kNetnsDir);
+  if (!dir) return stale;
+  while (dirent* entry = readdir(dir)) {
+    std::string name = entry->d_name;
+    if (name.rfind(kPrefix, 0) != 0) continue;
+    long pid = std::strtol(name.c_str() + std::strlen(kPrefix), nullptr, 10);
+    if (pid > 0 && kill(static_cast<pid_t>(pid), 0) < 0 && errno == ESRCH) stale.push_back(name);
+  }
+  closedir(dir);
+  return stale;
+}
+
+}  // namespace
+
+NetNamespace::NetNamespace() {
+  static int made = 0;
+  name_ = kPrefix + std::to_string(getpid()) + "-" + std::to_string(++made);
+  for (const std::string& stale : staleNamespaces()) run("ip netns del " + stale);
+  if (!run("ip netns add " + name_)) return;
+  created_ = true;
+  originalFd_ = open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
+  int nsFd = open((kNetnsDir + name_).c_str(), O_RDONLY | O_CLOEXEC);
+  if (originalFd_ < 0 || nsFd < 0 || setns(nsFd, CLONE_NEWNET) < 0) {
+    error_ = std::string("cannot enter ") + name_ + ": " + std::strerror(errno);
+  } else {
+    entered_ = true;
+  }
+  if (nsFd >= 0) close(nsFd);
+}
+
+NetNamespace::~NetNamespace() {
+  if (entered_) setns(originalFd_, CLONE_NEWNET);
+  if (originalFd_ >= 0) close(originalFd_);
+  if (created_) run("ip netns del " + name_);
+}
+
+bool NetNamespace::ip(const std::string& args) { return run("ip -n " + name_ + " " + args); }
+
+bool NetNamespace::vethAdd(const std::string& a, const std::string& b) {
+  return ip("link add " + a + " type veth peer name " + b) && ip("link set " + a + " up") &&
+         ip("link set " + b + " up");
+}
+
+bool NetNamespace::run(const std::string& command) {
+  FILE* out = popen((command + " 2>&1").c_str(), "r");
+  if (!out) {
+    error_ = command + ": " + std::strerror(errno);
+    return false;
+  }
+  std::string text;
+  char buf[256];
+  while (std::fgets(buf, sizeof buf, out)) text += buf;
+  int status = pclose(out);
+  if (status == 0) return true;
+  error_ = command + " failed (" + std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1) + "): " + text;
+  return false;
+}
+
+}  // namespace MrpTest
