@@ -88,12 +88,51 @@ class MrpLib : public Quarn::PtrInterface {
   void mrpCurrentTxIntfIs(const Velo::IntfId& intfId) { mrpCurrentTxIntf_ = intfId; }
 
   // ==== Attribute values: increments and value derivation (MrpLibValues.cpp) ====
+  // Advance the receive slot of a type to the next value of its vector.
+  void mrpIncrementTalkerAdvertise();
+  void mrpIncrementTalkerFailed();
+  void mrpIncrementListenerVector();
+  void mrpIncrementDomainVector();
+  void mrpIncrementVlanVector();
+
+  // Derives the value of index `valueIndex` of the vector being parsed in the
+  // receive slot of the parse context's attribute type. Index 0 is the
+  // FirstValue and changes nothing; any other index advances the slot by one,
+  // so calls for 1, 2, ... n in that order leave FirstValue + n.
+  void mrpValueFromFirstValue(std::uint16_t valueIndex);
+  void mrpMsrpValueFromFirstValue();
+  void mrpMvrpValueFromFirstValue();
   // ==== end of attribute values ====
 
   // ==== Vector encoder (MrpLibEncode.cpp) ====
+  // A new one-value vector for `value` with `event` (0..5) at the context's
+  // current vector position: header, FirstValue, one three-packed octet and,
+  // for a Listener, one four-packed octet with its declaration. A LeaveAll
+  // that the receive side asked for (the parse context's sendTxLvAll) rides
+  // on the vector and is cleared. Event 6 writes a LeaveAll-only vector
+  // instead: header 0x2000 and an all-zero FirstValue. Return the octets
+  // written: 28, 37, 12, 7 and 5; LeaveAll-only 27, 36, 10, 6 and 4.
+  std::uint16_t mrpEncodeTalkerVector(MrpTxPacketContext& ctx, const MsrpTalkerAdvertiseAttribute& value,
+                                      std::uint8_t event);
+  std::uint16_t mrpEncodeTalkerFailedVector(MrpTxPacketContext& ctx, const MsrpTalkerFailedAttribute& value,
+                                            std::uint8_t event);
+  std::uint16_t mrpEncodeListenerVector(MrpTxPacketContext& ctx, const MsrpListenerAttribute& value,
+                                        std::uint8_t event);
+  std::uint16_t mrpEncodeDomainVector(MrpTxPacketContext& ctx, const MsrpDomainAttribute& value, std::uint8_t event);
+  std::uint16_t mrpEncodeVlanVector(MrpTxPacketContext& ctx, const MvrpVlanAttribute& value, std::uint8_t event);
   // ==== end of vector encoder ====
 
   // ==== Ports (MrpLibPorts.cpp) ====
+  // Opens the port for the application: declares it desired in the engine's
+  // packet access, which opens its socket.
+  void mrpInterfaceEnable(const Velo::IntfId& intfId);
+  // Sends what the port's transmit packets hold, drops them, cleans the
+  // port's registrations and withdraws the port from the packet access.
+  void mrpInterfaceDisable(const Velo::IntfId& intfId);
+  // Queues every registration of the port for batched deletion.
+  void mrpCleanUpIntfDatabase(const Velo::IntfId& intfId);
+  // Puts a LeaveAll of `attributeType` into the port's first transmit packet.
+  void mrpSendLeaveAll(std::uint8_t attributeType, const Velo::IntfId& intfId);
   // ==== end of ports ====
 
   // The engine, attached once by the engine itself; not owned.

@@ -39,6 +39,11 @@ MrpSm::~MrpSm() {
   }
   // Packet access goes before the machines, so no frame arrives while they
   // are going away.
+  deviceIntfStatusDir_ = nullptr;
+  intfStatusManagerRoot_ = nullptr;
+  desiredIntfDir_ = nullptr;
+  pamCollection_ = nullptr;
+  pamMan_ = nullptr;
   mrpPamSm_ = nullptr;
   timerWheel_ = nullptr;
   applicantSm_ = nullptr;
@@ -46,6 +51,7 @@ MrpSm::~MrpSm() {
   leaveAllSm_ = nullptr;
   parseContext_ = nullptr;
   mrpCounters_ = nullptr;
+  mrpParsedAttributeDelAll();
   mrpAttrLogSm_ = nullptr;
   mrpAttrIterDelAll();
   mrpDatabaseDeleteSm_ = nullptr;
@@ -114,11 +120,6 @@ void MrpSm::doInitializeCounters() {
   MRP_COUNTERS(MRP_COUNTER_RESET)
 #undef MRP_COUNTER_RESET
 }
-
-// The socket set-up (filter, directories, packet access manager) lands with
-// the per-port sockets; the coordinator exists from the start so standby
-// reaches it.
-void MrpSm::doInitializePamMan() { mrpPamSm_ = new MrpPamSm(standbyMode_, this); }
 
 // The attribute log output named after the entity manager, if the process has one.
 Quarn::Ptr<Quarn::NboAttrLog::SocketOutSm> MrpSm::attrLogOutput() const {

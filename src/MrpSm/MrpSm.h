@@ -6,9 +6,13 @@
 #include <string>
 #include <unordered_map>
 
+#include "MrpModel/MrpAttribute.h"
 #include "MrpModel/MrpConfig.h"
 #include "MrpModel/MrpCounters.h"
 #include "MrpModel/MrpParseContext.h"
+#include "MrpModel/MrpParseStatus.h"
+#include "MrpModel/MrpParsedAttribute.h"
+#include "MrpModel/MrpParsedAttributeKey.h"
 #include "MrpModel/MrpStatus.h"
 #include "MrpSm/MrpApplicantSm.h"
 #include "MrpSm/MrpAttrIter.h"
@@ -26,11 +30,18 @@
 #include "brisk/TimerWheel.h"
 #include "hive/EntityManager.h"
 #include "interface/AllEthPhyIntfStatusDir.h"
+#include "interface/AllIntfStatusDir.h"
+#include "interface/DeviceIntfStatusDir.h"
+#include "interface/EthDevPamCollection.h"
+#include "interface/EthDevPamManager.h"
+#include "interface/PamDesiredIntfDir.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
 #include "stp/MstiPortStatus.h"
 #include "stp/Status.h"
+#include "velo/EthAddr.h"
 #include "velo/IntfId.h"
+#include "velo/PamFilter.h"
 
 namespace Mrp {
 
@@ -131,12 +142,174 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   std::uint64_t mvrpGetRxAttributeKey() const;
 
   // ==== Receive parser (MrpSmParse.cpp) ====
+  // Parses one MRPDU in place from the packet's head (the ProtocolVersion
+  // octet), dispatching every value through processMrpEvent. Faults are
+  // counted and traced; a malformed PDU keeps what it dispatched before.
+  void parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt);
+  // The parse levels, each consuming what it reads from the packet's head.
+  MrpParseStatus parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt);
+  void skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt);
+  MrpParseStatus parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt);
+  MrpParseStatus parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt);
+  MrpParseStatus parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt);
+  MrpParseStatus parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt);
+  MrpParseStatus parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt);
+  MrpParseStatus parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt);
+  // The head is at the vector's first three-packed octet; the Listener
+  // declaration of `valueIndex` is read behind them without consuming it.
+  void processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event, std::uint16_t valueIndex,
+                                 std::uint16_t threePackedOctets);
+
+  // One received value: derives it from the FirstValue, keys it, writes the
+  // parse context and collects it (unless recycled or flooding).
+  void processMrpEvent(std::uint8_t event, std::uint16_t valueIndex);
+  void saveParsedMrpAttribute();
+  void saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute);
+  void saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute);
+  void saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute);
+
+  // Set by parseMrpdu for a ProtocolVersion other than 0; the packet access
+  // clears it when it has handled the frame.
+  bool futureProtocolVersion() const { return futureProtocolVersion_; }
+  void futureProtocolVersionIs(bool future) { futureProtocolVersion_ = future; }
+
+  // The attributes collected from the current frame.
+  using ParsedAttributeMap = std::unordered_map<MrpParsedAttributeKey, Quarn::Ptr<MrpParsedAttribute>>;
+  const ParsedAttributeMap& mrpParsedAttributes() const { return mrpParsedAttribute_; }
+  Quarn::Ptr<MrpParsedAttribute> mrpParsedAttribute(const MrpParsedAttributeKey& key) const;
+  // Finds or creates.
+  Quarn::Ptr<MrpParsedAttribute> mrpParsedAttributeIs(const MrpParsedAttributeKey& key);
+  void mrpParsedAttributeDel(const MrpParsedAttributeKey& key) { mrpParsedAttribute_.erase(key); }
+  void mrpParsedAttributeDelAll() { mrpParsedAttribute_.clear(); }
+
+  // Keys in order of receipt, one entry per occurrence: MSRP Domain keys
+  // apart, every other key in mrpParsedAttributeKey.
+  using ParsedKeyQueue = Quarn::LinkQueue<MrpParsedAttributeKey>;
+  const ParsedKeyQueue& mrpParsedAttributeKey() const { return mrpParsedAttributeKey_; }
+  std::uint32_t mrpParsedAttributeKeyEnq(const MrpParsedAttributeKey& key) { return mrpParsedAttributeKey_.enq(key); }
+  MrpParsedAttributeKey mrpParsedAttributeKeyDeq() { return mrpParsedAttributeKey_.deq(); }
+  void mrpParsedAttributeKeyDelAll() { mrpParsedAttributeKey_.delAll(); }
+  const ParsedKeyQueue& msrpParsedDomainKey() const { return msrpParsedDomainKey_; }
+  std::uint32_t msrpParsedDomainKeyEnq(const MrpParsedAttributeKey& key) { return msrpParsedDomainKey_.enq(key); }
+  MrpParsedAttributeKey msrpParsedDomainKeyDeq() { return msrpParsedDomainKey_.deq(); }
+  void msrpParsedDomainKeyDelAll() { msrpParsedDomainKey_.delAll(); }
   // ==== end of receive parser ====
 
   // ==== Attribute database and batched updates (MrpSmDatabase.cpp, MrpSmPending.cpp) ====
+  // Most operations act on the current attribute: the port, type and key of
+  // the parse context, which the caller sets first.
+
+  // The entry of an attribute, or null; creates nothing. A pending addition
+  // is found only with `useLocalCopy`; an attribute pending deletion reads
+  // as absent.
+  Quarn::Ptr<MrpAttrDatabase> mrpGetAttrFromDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                     const std::uint64_t& key, bool useLocalCopy) const;
+  // The current attribute's entry; when missing and `create`, a new VO/MT
+  // entry holding the received value.
+  Quarn::Ptr<MrpAttrDatabase> mrpGetAttribute(bool create);
+  // Adds the attribute (batched), or resets a stored one, to VO/MT with the
+  // current type's transmit (`txAttribute`) or received value.
+  Quarn::Ptr<MrpAttrDatabase> mrpAddAttrToDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                   const std::uint64_t& key, bool txAttribute);
+  // The store's entry, made with any missing level; used to commit additions.
+  Quarn::Ptr<MrpAttrDatabase> createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                    const std::uint64_t& key);
+  // Queues the current attribute for batched deletion; it reads as absent at once.
+  void mrpDeleteAttrFromDatabase();
+  // The store's collection of one port and type, or null; creates nothing.
+  Quarn::Ptr<MrpIntfTypeApplicant> mrpIntfTypeApplicant(const Velo::IntfId& intfId,
+                                                        std::uint8_t attributeType) const;
+
+  // Writes the current type's transmit or received value into the entry's
+  // value octets; a type outside the application writes nothing.
+  void mrpPopulateValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute);
+  void mrpPopulateMsrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute);
+  void mrpPopulateMvrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute);
+
+  // Makes `attribute` current and decodes its stored value (pending
+  // additions included) into the transmit field of its type, so it can be
+  // sent; an absent attribute leaves the transmit fields unchanged.
+  void mrpFillContextFromDatabase(const MrpAttribute& attribute);
+  void mrpFillMsrpContextFromDatabase(const MrpAttrDatabase& entry);
+  void mrpFillMvrpContextFromDatabase(const MrpAttrDatabase& entry);
+
+  // Whether the received value of the current attribute is the stored one;
+  // false when it is not stored.
+  bool mrpRxVectorSameAsDatabaseAttr() const;
+  bool msrpRxVectorSameAsDatabaseAttr() const;
+  bool mvrpRxVectorSameAsDatabaseAttr() const;
+
+  // The attribute index: a key joins with its first addition and leaves
+  // with its deletion; an emptied (port, type) entry goes away.
+  void addToAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key);
+  void removeFromAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key);
+
+  // Batched updates, committed by the review machines; ordered so batches
+  // go port by port in ascending type and key.
+  using AddPendingAttrMap = std::map<MrpAttribute, Quarn::Ptr<MrpAttrDatabase>>;
+  using DeletePendingAttrMap = std::map<MrpAttribute, bool>;
+
+  // The stored entry, or a new pending one that replaces any earlier
+  // pending one and cancels a pending deletion.
+  Quarn::Ptr<MrpAttrDatabase> addAttrToAddPending(const MrpAttribute& attribute);
+  // Drops a pending addition; the index keeps a key that is also stored.
+  void removeAttrFromAddPending(const MrpAttribute& attribute);
+  // Queues a stored attribute for deletion; one never committed is simply
+  // dropped, one neither stored nor pending is ignored.
+  void addAttrToDeletePending(const MrpAttribute& attribute);
+
+  const AddPendingAttrMap& addPendingAttrs() const { return addPendingAttr_; }
+  Quarn::Ptr<MrpAttrDatabase> addPendingAttr(const MrpAttribute& attribute) const;
+  void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
+    addPendingAttr_[attribute] = std::move(entry);
+  }
+  void addPendingAttrDel(const MrpAttribute& attribute) { addPendingAttr_.erase(attribute); }
+  void addPendingAttrDelAll() { addPendingAttr_.clear(); }
+
+  const DeletePendingAttrMap& deletePendingAttrs() const { return deletePendingAttr_; }
+  // False when the attribute is not listed.
+  bool deletePendingAttr(const MrpAttribute& attribute) const;
+  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) { deletePendingAttr_[attribute] = pending; }
+  void deletePendingAttrDel(const MrpAttribute& attribute) { deletePendingAttr_.erase(attribute); }
+  void deletePendingAttrDelAll() { deletePendingAttr_.clear(); }
   // ==== end of attribute database ====
 
   // ==== Packet access (MrpSmPam.cpp) ====
+  // What the application's sockets are opened with.
+  static constexpr std::uint16_t kPamEthProtocol = 3;  // all protocols
+  static constexpr std::size_t kPamMaxRxPktData = 10000;
+  // Names of the engine's local directories, the same for either application.
+  static constexpr const char* kDeviceIntfStatusDirName = "deviceIntfStatusDirMsrp";
+  static constexpr const char* kDesiredIntfDirName = "desiredIntfDirMsrp";
+  static constexpr const char* kPamCollectionName = "pamCollectionMsrp";
+  static constexpr const char* kIntfStatusManagerRootName = "intfStatusManagerRoot";
+
+  // The kernel filter of an application's sockets: frames to `dmac` with
+  // EtherType `etherType`, untagged or behind one VLAN tag.
+  static Velo::PamFilterProgram pamFilterProgramOf(const Velo::EthAddr& dmac, std::uint16_t etherType);
+  // The filter all engines of the process attach: made by the first engine
+  // that initialises and reused unchanged by later ones, whatever their
+  // application.
+  static const Velo::PamFilterProgram& pamFilterProgram() { return pamFilterProgram_; }
+
+  // Interface status from the central state database; null when absent.
+  const Quarn::Ptr<Interface::AllIntfStatusDir>& allIntfStatusDir() const { return allIntfStatusDir_; }
+  const Quarn::Ptr<Interface::AllIntfStatusDir>& allIntfStatusLocalDir() const { return allIntfStatusLocalDir_; }
+  // The engine's own directories, kept by name in intfStatusManagerRoot.
+  const Quarn::Ptr<Interface::DeviceIntfStatusDir>& deviceIntfStatusDir() const { return deviceIntfStatusDir_; }
+  const Quarn::Ptr<Hive::EntityManager>& intfStatusManagerRoot() const { return intfStatusManagerRoot_; }
+  // Ports listed true get a socket (MrpLib::mrpInterfaceEnable).
+  const Quarn::Ptr<Interface::PamDesiredIntfDir>& desiredIntfDir() const { return desiredIntfDir_; }
+  const Quarn::Ptr<Interface::EthDevPamCollection>& pamCollection() const { return pamCollection_; }
+  const Quarn::Ptr<Interface::EthDevPamManager>& pamMan() const { return pamMan_; }
+
+  // Received-event dispatch of the attributes parsed from a port's frame.
+  void processParsedAttributes(const Velo::IntfId& intfId);
+  // Sends what the ports' transmit packets hold: every port, or one.
+  void mrpTransmitTxAttributes();
+  void mrpTransmitTxAttributes(const Velo::IntfId& intfId);
+
+  friend class MrpSmPamPeer;
   // ==== end of packet access ====
 
  protected:
@@ -179,12 +352,34 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   AttrIterMap mrpAttrIter_;
 
   // ==== Receive parser fields ====
+  // A parse step whose read would run past the frame: counts it once as
+  // malformed and marks the frame so that no level above counts it again.
+  MrpParseStatus parseEndedEarly(const char* what);
+  // The packed events of a vector reach past the frame: logged, then ended early.
+  MrpParseStatus packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft);
+
+  bool futureProtocolVersion_ = false;
+  // Set while a frame is parsed once one of its reads ran past its end.
+  bool parseEndedEarly_ = false;
+  ParsedAttributeMap mrpParsedAttribute_;
+  ParsedKeyQueue mrpParsedAttributeKey_;
+  ParsedKeyQueue msrpParsedDomainKey_;
   // ==== end of receive parser fields ====
 
   // ==== Attribute database fields ====
+  AddPendingAttrMap addPendingAttr_;
+  DeletePendingAttrMap deletePendingAttr_;
   // ==== end of attribute database fields ====
 
   // ==== Packet access fields ====
+  static Velo::PamFilterProgram pamFilterProgram_;
+  Quarn::Ptr<Interface::AllIntfStatusDir> allIntfStatusDir_;
+  Quarn::Ptr<Interface::AllIntfStatusDir> allIntfStatusLocalDir_;
+  Quarn::Ptr<Interface::DeviceIntfStatusDir> deviceIntfStatusDir_;
+  Quarn::Ptr<Hive::EntityManager> intfStatusManagerRoot_;
+  Quarn::Ptr<Interface::PamDesiredIntfDir> desiredIntfDir_;
+  Quarn::Ptr<Interface::EthDevPamCollection> pamCollection_;
+  Quarn::Ptr<Interface::EthDevPamManager> pamMan_;
   // ==== end of packet access fields ====
 };
 
