@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds libMrpSm and the mrp program, and runs them or the tests.
 #
-#   ./build.sh run     build (build/), then run `mrp --help`
+#   ./build.sh run     build (build/), then decode the sample capture with `mrp decode`
 #   ./build.sh test    build and run every test, plain (build/) and under
 #                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
 #                      then each fuzz target for a bounded time (build-fuzz/, clang)
@@ -64,7 +64,7 @@ case "${1:-}" in
   run)
     install_missing
     build build
-    build/tools/mrp --help
+    build/tools/mrp decode samples/sample.pcap
     ;;
   test)
     install_missing
