@@ -10,7 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-PACKAGES=(cmake make g++ googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang)
+PACKAGES=(cmake make g++ ccache googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang)
 FUZZ_SECONDS=${FUZZ_SECONDS:-60}
 JOBS=$(nproc 2>/dev/null || echo 2)
 
@@ -29,10 +29,13 @@ install_missing() {
   DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -q "${missing[@]}"
 }
 
+# ccache keyed on paths relative to the checkout, so clones share one cache.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+
 build() {  # build DIR [cmake options...]
   local dir=$1
   shift
-  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" >/dev/null
   cmake --build "$dir" -j "$JOBS"
 }
 
