@@ -96,10 +96,13 @@ class FrameBuilder {
   // + 2), and the PDU's EndMark. The packet itself is left open.
   std::vector<std::uint8_t> mrpdu() const {
     const auto messages = context_->octets(0, packedBytes());
-    std::vector<std::uint8_t> pdu{0};  // ProtocolVersion
+    std::vector<std::uint8_t> pdu;
+    pdu.reserve(messages.size() + 5);
+    pdu.push_back(0);  // ProtocolVersion
     pdu.insert(pdu.end(), messages.begin(), messages.end());
     if (const auto message = context_->curMessage()) {
-      pdu.insert(pdu.end(), {0, 0});  // the list's EndMark
+      pdu.push_back(0);  // the list's EndMark
+      pdu.push_back(0);
       if (application_ == Mrp::MrpApplication::msrp) {
         const std::size_t field = 1 + *message + kListLengthOffset;
         const unsigned length = ((pdu[field] << 8) | pdu[field + 1]) + Mrp::kMrpEndMarkOctets;
@@ -107,18 +110,21 @@ class FrameBuilder {
         pdu[field + 1] = static_cast<std::uint8_t>(length & 0xff);
       }
     }
-    pdu.insert(pdu.end(), {0, 0});  // the PDU's EndMark
+    pdu.push_back(0);  // the PDU's EndMark
+    pdu.push_back(0);
     return pdu;
   }
 
   // The MRPDU behind the application's group address, `src` and EtherType.
   std::vector<std::uint8_t> frame(const Velo::EthAddr& src) const {
     const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application_);
-    std::vector<std::uint8_t> frame(framing.macAddr.octets().begin(), framing.macAddr.octets().end());
+    const std::vector<std::uint8_t> pdu = mrpdu();
+    std::vector<std::uint8_t> frame;
+    frame.reserve(14 + pdu.size());
+    frame.insert(frame.end(), framing.macAddr.octets().begin(), framing.macAddr.octets().end());
     frame.insert(frame.end(), src.octets().begin(), src.octets().end());
     frame.push_back(static_cast<std::uint8_t>(framing.etype >> 8));
     frame.push_back(static_cast<std::uint8_t>(framing.etype & 0xff));
-    const std::vector<std::uint8_t> pdu = mrpdu();
     frame.insert(frame.end(), pdu.begin(), pdu.end());
     return frame;
   }

@@ -57,9 +57,13 @@ Bytes bytesOf(const Velo::Pkt& pkt) { return Bytes(pkt.data(), pkt.data() + pkt.
 Quarn::Ptr<Velo::Pkt> pktOf(const Bytes& bytes) { return Velo::Pkt::pktNew(bytes.data(), bytes.size()); }
 
 Bytes vlanTagged(const Bytes& frame, std::uint16_t tci) {
-  Bytes tagged(frame.begin(), frame.begin() + kMacAddrsSize);
-  const std::uint8_t tag[] = {0x81, 0x00, static_cast<std::uint8_t>(tci >> 8), static_cast<std::uint8_t>(tci)};
-  tagged.insert(tagged.end(), std::begin(tag), std::end(tag));
+  Bytes tagged;
+  tagged.reserve(frame.size() + 4);
+  tagged.assign(frame.begin(), frame.begin() + kMacAddrsSize);
+  for (std::uint8_t octet : {std::uint8_t{0x81}, std::uint8_t{0x00}, static_cast<std::uint8_t>(tci >> 8),
+                             static_cast<std::uint8_t>(tci)}) {
+    tagged.push_back(octet);
+  }
   tagged.insert(tagged.end(), frame.begin() + kMacAddrsSize, frame.end());
   return tagged;
 }

@@ -35,7 +35,10 @@ Bytes frameOf(const Velo::EthAddr& dst, std::uint16_t etherType, std::uint8_t ma
 
 Bytes tagged(const Bytes& frame, std::uint16_t tci) {
   Bytes out(frame.begin(), frame.begin() + 12);
-  out.insert(out.end(), {0x81, 0x00, static_cast<std::uint8_t>(tci >> 8), static_cast<std::uint8_t>(tci)});
+  for (std::uint8_t octet : {std::uint8_t{0x81}, std::uint8_t{0x00}, static_cast<std::uint8_t>(tci >> 8),
+                             static_cast<std::uint8_t>(tci)}) {
+    out.push_back(octet);
+  }
   out.insert(out.end(), frame.begin() + 12, frame.end());
   return out;
 }
