@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "quarn/Collection.h"
 #include "quarn/Ptr.h"
 
 namespace Quarn {
@@ -20,10 +21,7 @@ class PtrMap {
   std::size_t size() const { return map_.size(); }
 
   // Null when absent.
-  Ptr<T> find(const Key& key) const {
-    auto it = map_.find(key);
-    return it == map_.end() ? nullptr : it->second;
-  }
+  Ptr<T> find(const Key& key) const { return entryOf(map_, key); }
 
   // The child under `key`, made as `new T(key, args...)` when absent;
   // `.second` is true when it was made.

@@ -6,11 +6,13 @@
 #include <stdexcept>
 #include <vector>
 
+#include "support/PamEngineFixture.h"
 #include "velo/PamFactory.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using MrpTest::Bytes;
+using MrpTest::bytesOf;
 
 const Velo::EthAddr kMacA(0x02, 0, 0, 0, 0, 0x0a);
 const Velo::EthAddr kMacB(0x02, 0, 0, 0, 0, 0x0b);
@@ -20,8 +22,6 @@ Quarn::Ptr<Velo::Pkt> frameOf(std::size_t bytes, std::uint8_t fill) {
   for (std::size_t i = 0; i < bytes; ++i) pkt->data()[i] = fill;
   return pkt;
 }
-
-Bytes bytesOf(const Velo::Pkt& pkt) { return Bytes(pkt.data(), pkt.data() + pkt.bytes()); }
 
 // Records each announcement and, if told to, takes the frame.
 class Taker : public Velo::Pam::Notifiee {

@@ -10,12 +10,11 @@
 #include <vector>
 
 #include "support/NetNamespace.h"
+#include "support/PamEngineFixture.h"
 #include "support/RawSocket.h"
 
 namespace MrpTest {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 const Velo::EthAddr kGroup(0x01, 0x80, 0xc2, 0x00, 0x00, 0x21);
 const Velo::EthAddr kPortMac(0x02, 0x00, 0x00, 0x00, 0x00, 0xe1);
@@ -32,18 +31,6 @@ Bytes frameOf(const Velo::EthAddr& dst, std::uint16_t etherType, std::uint8_t ma
   frame.back() = marker;
   return frame;
 }
-
-Bytes tagged(const Bytes& frame, std::uint16_t tci) {
-  Bytes out(frame.begin(), frame.begin() + 12);
-  for (std::uint8_t octet : {std::uint8_t{0x81}, std::uint8_t{0x00}, static_cast<std::uint8_t>(tci >> 8),
-                             static_cast<std::uint8_t>(tci)}) {
-    out.push_back(octet);
-  }
-  out.insert(out.end(), frame.begin() + 12, frame.end());
-  return out;
-}
-
-Bytes bytesOf(const Velo::Pkt& pkt) { return Bytes(pkt.data(), pkt.data() + pkt.bytes()); }
 
 // Takes every announced frame.
 class Taker : public Velo::Pam::Notifiee {
@@ -103,7 +90,7 @@ TEST_F(PacketSocketPamTest, FramesArriveAsTheyWereOnTheWireVlanTagIncluded) {
   auto pam = pamNew(allFrames());
   Taker taker(pam.ptr());
   const Bytes plain = frameOf(kGroup, kEtherType, 1);
-  const Bytes withTag = tagged(frameOf(kGroup, kEtherType, 2), 0x6005);
+  const Bytes withTag = vlanTagged(frameOf(kGroup, kEtherType, 2), 0x6005);
   ASSERT_TRUE(peer->send(plain));
   ASSERT_TRUE(peer->send(withTag));
   ASSERT_TRUE(runUntil([&] { return taker.frames.size() >= 2; }));
