@@ -35,6 +35,7 @@ Quarn::Ptr<Pkt> MemPam::pktRead() {
 
 bool MemPam::pktWrite(const Pkt& frame) {
   if (frame.bytes() < EthHdr::kSize || !peer_) return false;
+  if (tap_) tap_->onFrame(*this, frame);
   peer_->pktArrive(frame);
   return true;
 }

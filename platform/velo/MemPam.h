@@ -28,6 +28,14 @@ namespace Velo {
 // dropped on arrival (counted in rxDropped).
 class MemPam : public Pam {
  public:
+  // Sees every frame that goes onto the wire from this end, as it is sent:
+  // the simulator writes captures with it, tests record what was sent.
+  class Tap {
+   public:
+    virtual ~Tap() = default;
+    virtual void onFrame(const MemPam& sender, const Pkt& frame) = 0;
+  };
+
   MemPam(IntfId intfId, const EthAddr& ethAddr, Quarn::Ptr<Quarn::Clock> clock);
   ~MemPam() override;
 
@@ -38,6 +46,10 @@ class MemPam : public Pam {
   std::size_t rxLimit() const { return rxLimit_; }
   void rxLimitIs(std::size_t bytes) { rxLimit_ = bytes; }
   std::size_t rxQueueLength() const { return rxQueue_.size(); }
+
+  // The tap of this end, not owned; null for none.
+  Tap* tap() const { return tap_; }
+  void tapIs(Tap* tap) { tap_ = tap; }
 
   // The port disappears: the Pam closes, drops what it queued and tells its notifiees.
   void close();
@@ -62,6 +74,7 @@ class MemPam : public Pam {
   Quarn::Ptr<Quarn::Clock> clock_;
   Delivery delivery_;
   MemPam* peer_ = nullptr;
+  Tap* tap_ = nullptr;
   std::size_t rxLimit_ = kDefaultMaxRxPktData;
   std::deque<Quarn::Ptr<Pkt>> rxQueue_;
 };

@@ -131,6 +131,30 @@ TEST_F(MemPamTest, AnUnpluggedEndSendsNothing) {
   EXPECT_FALSE(a.txPkt(*frameOf(20, 1)));
 }
 
+// Records what its end put on the wire.
+class RecordingTap : public Velo::MemPam::Tap {
+ public:
+  void onFrame(const Velo::MemPam& sender, const Velo::Pkt& frame) override {
+    senders.push_back(sender.intfId());
+    frames.push_back(bytesOf(frame));
+  }
+  std::vector<Velo::IntfId> senders;
+  std::vector<Bytes> frames;
+};
+
+TEST_F(MemPamTest, ATapSeesEveryFrameThatGoesOntoTheWireFromItsEnd) {
+  RecordingTap tap;
+  a.tapIs(&tap);
+  a.txPkt(*frameOf(20, 1));
+  b.txPkt(*frameOf(20, 2));  // the other end's frames are not this tap's
+  a.txPkt(*frameOf(13, 3));  // refused: not on the wire
+  a.peerIs(nullptr);
+  a.txPkt(*frameOf(20, 4));  // unplugged: not on the wire
+  ASSERT_EQ(tap.frames.size(), 1u);
+  EXPECT_EQ(tap.frames[0], Bytes(20, 1));
+  EXPECT_EQ(tap.senders[0], Velo::IntfId("Ethernet1"));
+}
+
 TEST_F(MemPamTest, AnEndThatGoesAwayUnplugsItsPeer) {
   Quarn::Ptr<Velo::MemPam> lone = new Velo::MemPam(Velo::IntfId("Ethernet3"), kMacA, clock);
   {
