@@ -28,6 +28,8 @@ class MrpAttrDatabase : public Quarn::PtrInterface {
 
   std::uint8_t attributeValue(ValueIndex index) const { return attributeValue_[index.value()]; }
   void attributeValueIs(ValueIndex index, std::uint8_t octet) { attributeValue_[index.value()] = octet; }
+  // All value octets, by index.
+  const std::array<std::uint8_t, kValueOctets>& attributeValues() const { return attributeValue_; }
 
  private:
   const std::uint64_t attributeKey_;

@@ -7,7 +7,7 @@
 
 namespace Mrp {
 
-void MrpLib::mrpJoinIndication(const MrpParameters&) {}
+bool MrpLib::mrpJoinIndication(const MrpParameters&) { return false; }
 void MrpLib::mrpLeaveIndication(const MrpParameters&) {}
 void MrpLib::mrpLeaveAllIndication(const MrpParameters&) {}
 

@@ -13,6 +13,7 @@
 #include "MrpSm/MrpTxPacketContext.h"
 #include "quarn/LinkQueue.h"
 #include "quarn/Ptr.h"
+#include "quarn/Types.h"
 #include "velo/EthAddr.h"
 #include "velo/IntfId.h"
 #include "velo/Pkt.h"
@@ -32,8 +33,10 @@ class MrpLib : public Quarn::PtrInterface {
   MrpLib(const MrpLib&) = delete;
   MrpLib& operator=(const MrpLib&) = delete;
 
-  // Indications from the registrar; the base class ignores them.
-  virtual void mrpJoinIndication(const MrpParameters& joinIndication);
+  // Indications from the registrar; the base class ignores them. A join
+  // indication returns true when the application discards the join: the
+  // registration then stays empty.
+  virtual bool mrpJoinIndication(const MrpParameters& joinIndication);
   virtual void mrpLeaveIndication(const MrpParameters& leaveIndication);
   virtual void mrpLeaveAllIndication(const MrpParameters& leaveAllIndication);
 
@@ -122,6 +125,43 @@ class MrpLib : public Quarn::PtrInterface {
   std::uint16_t mrpEncodeVlanVector(MrpTxPacketContext& ctx, const MvrpVlanAttribute& value, std::uint8_t event);
   // ==== end of vector encoder ====
 
+  // ==== Requests and transmit assembly (MrpLibSend.cpp) ====
+  // A transmit packet holds at most this many octets of messages; it is sent
+  // once what it holds plus kTxHeadroom reaches this or the port's MTU.
+  static constexpr std::uint16_t kTxPktBytes = 1500;
+  static constexpr std::uint16_t kTxHeadroom = 64;
+
+  // The agent's request for the attribute in the transmit fields, once per
+  // port in mrpOutIntfQueue, which it drains. New (0), JoinIn (1) and
+  // JoinMt (3) declare, Lv (5) withdraws and 7 drops the attribute without
+  // a word; for these the queued port only counts: they act on
+  // `parameters.intfId`. LeaveAll (6) is sent on each queued port, and the
+  // port's LeaveAll timer of the type the engine's context held before the
+  // call is restarted. The engine's current attribute is restored after.
+  void mrpSendAttribute(const MrpParameters& parameters);
+  // One attribute event (0..5, or 6 for LeaveAll) of the attribute in the
+  // transmit fields into the port's first or second packet, which is sent
+  // first when it holds a later attribute type, and after when it is full.
+  void mrpSendAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext);
+  void mrpSendMsrpAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext);
+  void mrpSendMvrpAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext);
+  // The senders of the attribute types: extend the packet's last vector when
+  // the value follows it, else start a vector, or a message when the type
+  // changes or the event is a LeaveAll. The port's context must exist.
+  void mrpSendTalkerAdvertise(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
+  void mrpSendTalkerFailed(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
+  void mrpSendListenerVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
+  void mrpSendDomainVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
+  void mrpSendVlanVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
+  // Puts a LeaveAll of `attributeType` into the port's first transmit packet.
+  void mrpSendLeaveAll(std::uint8_t attributeType, const Velo::IntfId& intfId);
+
+  // Drop the engine's current attribute without sending anything: always,
+  // or only when both its machines rest (applicant VO, registrar MT).
+  void mrpHandleInternalLeave();
+  void mrpDeleteAttrOnDefaultStates();
+  // ==== end of requests and transmit assembly ====
+
   // ==== Ports (MrpLibPorts.cpp) ====
   // Opens the port for the application: declares it desired in the engine's
   // packet access, which opens its socket.
@@ -129,10 +169,18 @@ class MrpLib : public Quarn::PtrInterface {
   // Sends what the port's transmit packets hold, drops them, cleans the
   // port's registrations and withdraws the port from the packet access.
   void mrpInterfaceDisable(const Velo::IntfId& intfId);
-  // Queues every registration of the port for batched deletion.
+  // Queues every registration of the port, or one, for batched deletion;
+  // nothing on an engine in standby.
   void mrpCleanUpIntfDatabase(const Velo::IntfId& intfId);
-  // Puts a LeaveAll of `attributeType` into the port's first transmit packet.
-  void mrpSendLeaveAll(std::uint8_t attributeType, const Velo::IntfId& intfId);
+  void mrpCleanUpIntfDatabaseAttribute(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                       const std::uint64_t& attrKey);
+  // The port's native VLAN; 0 when it has none.
+  std::uint16_t getNativeVlanId(const Velo::IntfId& intfId) const;
+  // The spanning-tree topology whose port role governs the port: "Cist" for
+  // the single-tree modes, "NoStp" without spanning tree, else the one that
+  // carries the port's native VLAN (empty when it has none). Throws
+  // std::range_error for a native VLAN outside 1..4094.
+  Quarn::String baseSpanningTreeTopo(const Velo::IntfId& intfId) const;
   // ==== end of ports ====
 
   // The engine, attached once by the engine itself; not owned.

@@ -11,16 +11,21 @@
 
 namespace MrpTest {
 
-// A service object that records the indications it hears.
+// A service object that records the indications it hears; it discards the
+// joins while `discardJoins` is set.
 class RecordingMrpLib : public Mrp::MrpLib {
  public:
-  void mrpJoinIndication(const Mrp::MrpParameters& p) override { joins.push_back(p); }
+  bool mrpJoinIndication(const Mrp::MrpParameters& p) override {
+    joins.push_back(p);
+    return discardJoins;
+  }
   void mrpLeaveIndication(const Mrp::MrpParameters& p) override { leaves.push_back(p); }
   void mrpLeaveAllIndication(const Mrp::MrpParameters& p) override { leaveAlls.push_back(p); }
 
   std::vector<Mrp::MrpParameters> joins;
   std::vector<Mrp::MrpParameters> leaves;
   std::vector<Mrp::MrpParameters> leaveAlls;
+  bool discardJoins = false;
 };
 
 // The records an agent hands to an engine, on a simulated clock installed as

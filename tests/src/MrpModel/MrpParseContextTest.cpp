@@ -88,8 +88,9 @@ TEST(MrpEnumTextTest, ValuesPrintTheirNamesAndUnknownCodesTheirNumbers) {
 }
 
 TEST(MrpParametersTest, PrintsItsFields) {
-  EXPECT_EQ(text(Mrp::MrpParameters{Velo::IntfId("Ethernet1"), 1, 6}),
-            "Value('Mrp::MrpParameters', ** {'intfId': Ethernet1, 'attributeType': 1, 'attributeEvent': 6})");
+  EXPECT_EQ(text(Mrp::MrpParameters{Velo::IntfId("Ethernet1"), 1, 6, 10}),
+            "Value('Mrp::MrpParameters', ** {'intfId': Ethernet1, 'attributeType': 1, 'attributeEvent': 6, "
+            "'attributeKey': 10})");
 }
 
 }  // namespace
