@@ -1,14 +1,295 @@
 #include "MrpSm/MrpRegistrarSm.h"
 
+#include <cstdio>
+#include <ios>
+#include <sstream>
+#include <string>
+
+#include "MrpMsrp/MsrpAttrType.h"
+#include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpSmLog.h"
 #include "MrpSm/MrpSmTrace.h"
+#include "quarn/Collection.h"
 
 namespace Mrp {
 
-MrpRegistrarSm::MrpRegistrarSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig, Quarn::Ptr<Brisk::TimerWheel> timerWheel) : mrpSm_(mrpSm), mrpConfig_(std::move(mrpConfig)), timerWheel_(std::move(timerWheel)) { handleInitialized(); }
+using Event = MrpRegistrarEvent;
+using State = MrpRegistrarState;
+
+namespace {
+
+template <class T>
+std::string textOf(const T& value) {
+  std::ostringstream text;
+  text << value;
+  return text.str();
+}
+
+std::string hexKey(std::uint64_t key) {
+  std::ostringstream text;
+  text << "0x" << std::hex << key;
+  return text.str();
+}
+
+}  // namespace
+
+MrpRegistrarSm::MrpRegistrarSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig,
+                               Quarn::Ptr<Brisk::TimerWheel> timerWheel)
+    : mrpSm_(mrpSm),
+      mrpConfig_(std::move(mrpConfig)),
+      timerWheel_(std::move(timerWheel)),
+      configReactor_(this),
+      txTimer_(timerWheel_.ptr(), this) {
+  configReactor_.notifierIs(mrpConfig_.ptr());
+  handleInitialized();
+}
 
 void MrpRegistrarSm::handleInitialized() {
   MRP_TRACE(8, "void Mrp::MrpRegistrarSm::handleInitialized()");
   initializedIs();
+  handleTxTimer();
+}
+
+void MrpRegistrarSm::handleTxTimer() {
+  mrpSm_->mrpTransmitTxAttributes();
+  txTimer_.timeIs(timerWheel_->clock()->now() + kTxInterval);
+}
+
+// The timers run whatever the switch says; the change is only traced.
+void MrpRegistrarSm::handleCfgTimersEnabled() { MRP_TRACE(8, "void Mrp::MrpRegistrarSm::handleCfgTimersEnabled()"); }
+
+MrpRegistrarEvent MrpRegistrarSm::mrpMapRxRegistrarEvent(std::uint8_t attributeEvent) {
+  switch (static_cast<MrpThreePackedEvent>(attributeEvent)) {
+    case MrpThreePackedEvent::newEvent: return Event::rNew;
+    case MrpThreePackedEvent::joinIn: return Event::rJoinIn;
+    case MrpThreePackedEvent::joinMt: return Event::rJoinMt;
+    case MrpThreePackedEvent::lv: return Event::rLv;
+    case MrpThreePackedEvent::in:
+    case MrpThreePackedEvent::mt: break;
+  }
+  return Event::noEvent;
+}
+
+void MrpRegistrarSm::mrpSetRegistrarState(MrpRegistrarState state) {
+  if (Quarn::Ptr<MrpAttrDatabase> entry = mrpSm_->mrpGetAttribute(false)) entry->registrarStateIs(state);
+}
+
+MrpAttribute MrpRegistrarSm::currentAttribute() const {
+  const MrpParseContext& context = *mrpSm_->parseContext();
+  return {context.intfId(), context.attributeType(), context.attributeKey()};
+}
+
+bool MrpRegistrarSm::handleRegistrarEvent() {
+  const Quarn::Ptr<MrpAttrDatabase> entry = mrpSm_->mrpGetAttribute(false);
+  if (!entry) {
+    MRP_TRACE(8, " attribute not found, returning@!!! ");
+    return false;
+  }
+  const MrpAttribute attribute = currentAttribute();
+  const Event event = registrarEvent_;
+  const State state = entry->registrarState();
+  MRP_TRACE(7, "void Mrp::MrpRegistrarSm::handleRegistrarEvent()");
+  MRP_TRACE(7, " Key = 0x" << std::hex << attribute.attributeKey << std::dec
+                           << " Type= " << static_cast<unsigned>(attribute.attributeType)
+                           << " intf = " << attribute.intfId);
+  MRP_TRACE(7, " Enter: state = " << state << " event = " << event);
+  if (event == Event::rLv) logLeave("received", state, event);
+
+  bool discarded = false;
+  switch (state) {
+    case State::in: discarded = handleInStateRegistrar(event, *entry); break;
+    case State::lv: discarded = handleLvStateRegistrar(event, *entry); break;
+    case State::mt: discarded = handleMtStateRegistrar(event, *entry); break;
+    default: MRP_TRACE(8, "Invalid registrar State = " << state); break;
+  }
+  MRP_TRACE(7, " Exit: state = " << entry->registrarState());
+
+  if (discarded) {
+    char text[256];
+    std::snprintf(text, sizeof text, "Join was discarded by MSRP, interface: %s, attrType: %d, attrEvent: %d",
+                  attribute.intfId.name().c_str(), attribute.attributeType,
+                  mrpSm_->parseContext()->attributeEvent());
+    MRP_TRACE(4, text);
+    Quarn::log(MRP_ERROR, text);
+    entry->registrarStateIs(State::mt);
+  }
+  // An attribute that neither machine holds any more goes away.
+  if (entry->applicantState() == MrpApplicantState::vo && entry->registrarState() == State::mt) {
+    mrpDeleteAttrFromLeavePending();
+    mrpSm_->mrpDeleteAttrFromDatabase();
+  }
+  return false;
+}
+
+// ---- The transition table, one handler per state. Events not named in a
+// ---- row leave the state alone.
+
+bool MrpRegistrarSm::handleInStateRegistrar(Event event, MrpAttrDatabase& entry) {
+  switch (event) {
+    case Event::rNew: {
+      logJoin(State::in, event);
+      const bool discarded = joinIndication();
+      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
+      return discarded;
+    }
+    case Event::rJoinIn:
+    case Event::rJoinMt: {
+      // Counted even when the unchanged value makes no indication.
+      const bool discarded = valueChecked(entry) && joinIndication();
+      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
+      return discarded;
+    }
+    case Event::rLv:
+    case Event::regLvAll:
+    case Event::txLvAll:
+    case Event::redeclare:
+      mrpAddAttrToLeavePending();
+      entry.registrarStateIs(State::lv);
+      return false;
+    // Straight to MT, without a leave indication.
+    case Event::flush: entry.registrarStateIs(State::mt); return false;
+    default: return false;
+  }
+}
+
+bool MrpRegistrarSm::handleLvStateRegistrar(Event event, MrpAttrDatabase& entry) {
+  switch (event) {
+    case Event::rNew: {
+      mrpDeleteAttrFromLeavePending();
+      entry.registrarStateIs(State::in);
+      MRP_TRACE(7, "JoinIndication called");
+      const bool discarded = joinIndication();
+      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
+      return discarded;
+    }
+    case Event::rJoinIn:
+    case Event::rJoinMt:
+      entry.registrarStateIs(State::in);
+      mrpDeleteAttrFromLeavePending();
+      MRP_TRACE(7, "JoinIndication called");
+      // Not counted, even when indicated.
+      return valueChecked(entry) && joinIndication();
+    case Event::rLv:
+    case Event::regLvAll:
+    case Event::txLvAll:
+    case Event::redeclare:
+      mrpAddAttrToLeavePending();
+      return false;
+    case Event::flush:
+    case Event::leaveTimer:
+      logLeave("notified", State::lv, event);
+      entry.registrarStateIs(State::mt);
+      MRP_TRACE(7, "LeaveIndication called");
+      leaveIndication();
+      mrpSm_->mrpCounters()->numOfLeaveIndicationsInc();
+      if (event == Event::leaveTimer) mrpDeleteAttrFromLeavePending();
+      return false;
+    default: return false;
+  }
+}
+
+bool MrpRegistrarSm::handleMtStateRegistrar(Event event, MrpAttrDatabase& entry) {
+  switch (event) {
+    case Event::rNew:
+    case Event::rJoinIn:
+    case Event::rJoinMt: {
+      logJoin(State::mt, event);
+      entry.registrarStateIs(State::in);
+      const bool discarded = joinIndication();
+      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
+      return discarded;
+    }
+    default: return false;
+  }
+}
+
+bool MrpRegistrarSm::valueChecked(MrpAttrDatabase& entry) {
+  const bool msrpDomain = mrpSm_->mrpLib()->application() == MrpApplication::msrp &&
+                          static_cast<MsrpAttrType>(currentAttribute().attributeType) == MsrpAttrType::domainVector;
+  if (msrpDomain) return true;
+  if (mrpSm_->mrpRxVectorSameAsDatabaseAttr()) return false;
+  mrpSm_->mrpPopulateValueInDatabase(&entry, false);
+  return true;
+}
+
+bool MrpRegistrarSm::joinIndication() {
+  const MrpAttribute attribute = currentAttribute();
+  return mrpSm_->mrpLib()->mrpJoinIndication({attribute.intfId, attribute.attributeType,
+                                              mrpSm_->parseContext()->attributeEvent(), attribute.attributeKey});
+}
+
+void MrpRegistrarSm::leaveIndication() {
+  const MrpAttribute attribute = currentAttribute();
+  mrpSm_->mrpLib()->mrpLeaveIndication({attribute.intfId, attribute.attributeType,
+                                        static_cast<std::uint8_t>(MrpThreePackedEvent::lv), attribute.attributeKey});
+}
+
+void MrpRegistrarSm::logJoin(State state, Event event) const {
+  const MrpAttribute attribute = currentAttribute();
+  Quarn::log(MRP_JOIN, attribute.intfId.name().c_str(), std::to_string(attribute.attributeType).c_str(),
+             hexKey(attribute.attributeKey).c_str(), textOf(state).c_str(), textOf(event).c_str());
+}
+
+void MrpRegistrarSm::logLeave(const char* how, State state, Event event) const {
+  const MrpAttribute attribute = currentAttribute();
+  Quarn::log(MRP_LV, how, attribute.intfId.name().c_str(), std::to_string(attribute.attributeType).c_str(),
+             hexKey(attribute.attributeKey).c_str(), textOf(state).c_str(), textOf(event).c_str());
+}
+
+// ---- Leave timing.
+
+void MrpRegistrarSm::mrpAddAttrToLeavePending() {
+  MRP_TRACE(8, "void Mrp::MrpRegistrarSm::mrpAddAttrToLeavePending()");
+  const MrpAttribute attribute = currentAttribute();
+  const bool explicitLeave = registrarEvent_ == Event::rLv;
+  const Quarn::Ptr<MrpLeaveSm> machine =
+      explicitLeave ? explicitLeaveSmIs(attribute)
+                    : leaveSmIs({attribute.intfId, attribute.attributeType, 0});
+  machine->leavePendingIs(attribute.attributeKey, true);
+  const Quarn::Seconds txLeaveAllExpiryTime = mrpConfig_->txLeaveAllExpiryTime();
+  const bool txLeaveAllTime =
+      registrarEvent_ == Event::txLvAll && txLeaveAllExpiryTime != kDefaultTxLeaveAllExpiryTime;
+  machine->doScheduleLeaveTimer(txLeaveAllTime ? txLeaveAllExpiryTime : mrpSm_->mrpGetLeaveTime(attribute.intfId));
+}
+
+void MrpRegistrarSm::mrpDeleteAttrFromLeavePending() {
+  const MrpAttribute attribute = currentAttribute();
+  if (Quarn::Ptr<MrpLeaveSm> machine = leaveSm({attribute.intfId, attribute.attributeType, 0})) {
+    machine->leavePendingDel(attribute.attributeKey);
+  }
+  if (Quarn::Ptr<MrpLeaveSm> machine = explicitLeaveSm(attribute)) machine->leavePendingDel(attribute.attributeKey);
+}
+
+void MrpRegistrarSm::mrpCancelLeavePending(const Velo::IntfId& intfId) {
+  for (LeaveSmMap* map : {&leaveSm_, &explicitLeaveSm_}) {
+    // The maps are ordered by port first: the port's machines are one run.
+    auto it = map->lower_bound({intfId, 0, 0});
+    while (it != map->end() && it->first.intfId == intfId) {
+      MrpLeaveSm& machine = *it->second;
+      for (const auto& [key, pending] : machine.leavePendings()) {
+        MRP_TRACE(8, "Intf: " << intfId << " Leave pending deleted: " << key);
+      }
+      machine.leavePendingDelAll();
+      it = map->erase(it);
+    }
+  }
+}
+
+Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::leaveSm(const MrpAttribute& attribute) const {
+  return Quarn::entryOf(leaveSm_, attribute);
+}
+
+Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::leaveSmIs(const MrpAttribute& attribute) {
+  return Quarn::entryIs(leaveSm_, attribute, [&] { return new MrpLeaveSm(attribute, mrpSm_, timerWheel_); });
+}
+
+Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::explicitLeaveSm(const MrpAttribute& attribute) const {
+  return Quarn::entryOf(explicitLeaveSm_, attribute);
+}
+
+Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::explicitLeaveSmIs(const MrpAttribute& attribute) {
+  return Quarn::entryIs(explicitLeaveSm_, attribute,
+                        [&] { return new MrpLeaveSm(attribute, mrpSm_, timerWheel_); });
 }
 
 }  // namespace Mrp

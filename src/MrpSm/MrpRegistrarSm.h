@@ -1,17 +1,36 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
+
+#include "MrpModel/MrpAttribute.h"
 #include "MrpModel/MrpConfig.h"
+#include "MrpModel/MrpRegistrarEvent.h"
+#include "MrpModel/MrpRegistrarState.h"
+#include "MrpSm/MrpLeaveSm.h"
 #include "brisk/TimerWheel.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
+#include "velo/IntfId.h"
 
 namespace Mrp {
 
+class MrpAttrDatabase;
 class MrpSm;
 
-// The registrar machine: one executor per engine acting on the current attribute.
+// The registrar machine: one executor per engine acting on the engine's
+// current attribute, whose registrar state lives in its database entry. It
+// makes the join and leave indications, times LV with the leave machines,
+// and owns the engine's 0.1 s transmit cycle.
 class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
  public:
+  using LeaveSmMap = std::map<MrpAttribute, Quarn::Ptr<MrpLeaveSm>>;
+
+  static constexpr Quarn::Seconds kTxInterval = 0.1;
+  // A txLA! uses txLeaveAllExpiryTime for its leave time unless it is this value.
+  static constexpr Quarn::Seconds kDefaultTxLeaveAllExpiryTime = 0.6;
+
+  // Starts the transmit cycle.
   MrpRegistrarSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig, Quarn::Ptr<Brisk::TimerWheel> timerWheel);
   MrpRegistrarSm(const MrpRegistrarSm&) = delete;
   MrpRegistrarSm& operator=(const MrpRegistrarSm&) = delete;
@@ -21,11 +40,91 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const Quarn::Ptr<Brisk::TimerWheel>& timerWheel() const { return timerWheel_; }
 
   void handleInitialized();
+  // Sends what the ports' packets hold and re-arms for now + 0.1 s.
+  void handleTxTimer();
+  Quarn::Seconds txTimerTime() const { return txTimer_.time(); }
+  void handleCfgTimersEnabled();
+
+  // The event the next handleRegistrarEvent() applies; not cleared after use.
+  MrpRegistrarEvent registrarEvent() const { return registrarEvent_; }
+  void registrarEventIs(MrpRegistrarEvent event) { registrarEvent_ = event; }
+  // One transition of the current attribute; nothing for one without an
+  // entry. Always returns false.
+  bool handleRegistrarEvent();
+  // Writes the current attribute's state if it has an entry; creates none.
+  void mrpSetRegistrarState(MrpRegistrarState state);
+
+  // A received attribute event as a registrar event: In and Mt (and any
+  // unknown code) are noEvent, so they never reach the registrar.
+  static MrpRegistrarEvent mrpMapRxRegistrarEvent(std::uint8_t attributeEvent);
+
+  // Leave timing of the current attribute: a received Lv gets a machine of
+  // its own, any other leave shares its port and type's machine.
+  void mrpAddAttrToLeavePending();
+  void mrpDeleteAttrFromLeavePending();
+  // Drops every leave machine of the port with its pending keys.
+  void mrpCancelLeavePending(const Velo::IntfId& intfId);
+
+  const LeaveSmMap& leaveSms() const { return leaveSm_; }
+  Quarn::Ptr<MrpLeaveSm> leaveSm(const MrpAttribute& attribute) const;
+  Quarn::Ptr<MrpLeaveSm> leaveSmIs(const MrpAttribute& attribute);
+  void leaveSmDel(const MrpAttribute& attribute) { leaveSm_.erase(attribute); }
+  void leaveSmDelAll() { leaveSm_.clear(); }
+  const LeaveSmMap& explicitLeaveSms() const { return explicitLeaveSm_; }
+  Quarn::Ptr<MrpLeaveSm> explicitLeaveSm(const MrpAttribute& attribute) const;
+  Quarn::Ptr<MrpLeaveSm> explicitLeaveSmIs(const MrpAttribute& attribute);
+  void explicitLeaveSmDel(const MrpAttribute& attribute) { explicitLeaveSm_.erase(attribute); }
+  void explicitLeaveSmDelAll() { explicitLeaveSm_.clear(); }
+
+ protected:
+  ~MrpRegistrarSm() override = default;
 
  private:
+  class TxTimerReactor : public Brisk::TimerWheel::Notifiee {
+   public:
+    TxTimerReactor(Brisk::TimerWheel* wheel, MrpRegistrarSm* owner) : Notifiee(wheel), owner_(owner) {}
+    void onTime() override { owner_->handleTxTimer(); }
+
+   private:
+    MrpRegistrarSm* owner_;
+  };
+
+  class ConfigReactor : public MrpConfig::Notifiee {
+   public:
+    explicit ConfigReactor(MrpRegistrarSm* owner) : owner_(owner) {}
+    void onTimersEnabled() override { owner_->handleCfgTimersEnabled(); }
+
+   private:
+    MrpRegistrarSm* owner_;
+  };
+
+  // One handler per state; each returns whether the application discarded
+  // the join it was told of.
+  bool handleInStateRegistrar(MrpRegistrarEvent event, MrpAttrDatabase& entry);
+  bool handleLvStateRegistrar(MrpRegistrarEvent event, MrpAttrDatabase& entry);
+  bool handleMtStateRegistrar(MrpRegistrarEvent event, MrpAttrDatabase& entry);
+
+  // Join and leave indications of the current attribute; the join returns
+  // whether it was discarded.
+  bool joinIndication();
+  void leaveIndication();
+  // rJoinIn!/rJoinMt! in IN or LV: whether the application hears of it. An
+  // MSRP Domain always is; another attribute only when its received value
+  // differs from the stored one, which it then replaces.
+  bool valueChecked(MrpAttrDatabase& entry);
+  // The log lines of a received join and of a leave ("received" or "notified").
+  void logJoin(MrpRegistrarState state, MrpRegistrarEvent event) const;
+  void logLeave(const char* how, MrpRegistrarState state, MrpRegistrarEvent event) const;
+  MrpAttribute currentAttribute() const;
+
   MrpSm* mrpSm_;
   Quarn::Ptr<MrpConfig> mrpConfig_;
   Quarn::Ptr<Brisk::TimerWheel> timerWheel_;
+  MrpRegistrarEvent registrarEvent_ = MrpRegistrarEvent::noEvent;
+  LeaveSmMap leaveSm_;
+  LeaveSmMap explicitLeaveSm_;
+  ConfigReactor configReactor_;
+  TxTimerReactor txTimer_;
 };
 
 }  // namespace Mrp

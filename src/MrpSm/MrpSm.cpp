@@ -71,7 +71,7 @@ void MrpSm::handleInitialized() {
 void MrpSm::handleStandbyMode() {
   MRP_TRACE(8, "void Mrp::MrpSm::handleStandbyMode()");
   // An active engine stays active: only leaving standby does anything.
-  if (standbyMode_ || mrpCounters_) return;
+  if (standbyMode_ || active()) return;
   doRebuildAttrIter();
   doInitializeCounters();
   parseContext_ = new MrpParseContext("MrpParseContext");
@@ -89,6 +89,11 @@ void MrpSm::handleStandbyMode() {
     mrpPamSm_->standbyModeIs(standbyMode_);
     mrpPamSm_->handleStandbyMode();
   }
+}
+
+Quarn::Seconds MrpSm::mrpGetLeaveTime(const Velo::IntfId& intfId) const {
+  const std::optional<Quarn::Seconds> intfLeaveTime = mrpConfig_->intfLeaveTime(intfId);
+  return intfLeaveTime && *intfLeaveTime != 0 ? *intfLeaveTime : mrpConfig_->leaveTime();
 }
 
 std::uint8_t MrpSm::maxAttrTypesOf(MrpApplication application) {

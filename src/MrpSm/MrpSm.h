@@ -85,6 +85,8 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // counters, parse context, timer wheel and machines. Deliberately does
   // nothing on an engine that is active already, or that is still standby.
   void handleStandbyMode();
+  // Whether the engine has left standby and runs its machines.
+  bool active() const { return mrpCounters_ != nullptr; }
 
   // Created by the engine.
   const Quarn::Ptr<MrpPamSm>& mrpPamSm() const { return mrpPamSm_; }
@@ -303,14 +305,41 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const Quarn::Ptr<Interface::EthDevPamCollection>& pamCollection() const { return pamCollection_; }
   const Quarn::Ptr<Interface::EthDevPamManager>& pamMan() const { return pamMan_; }
 
-  // Received-event dispatch of the attributes parsed from a port's frame.
-  void processParsedAttributes(const Velo::IntfId& intfId);
-  // Sends what the ports' transmit packets hold: every port, or one.
-  void mrpTransmitTxAttributes();
-  void mrpTransmitTxAttributes(const Velo::IntfId& intfId);
-
   friend class MrpSmPamPeer;
   // ==== end of packet access ====
+
+  // ==== Received-event dispatch (MrpSmDispatch.cpp) ====
+  // Applies what was parsed from a port's frame: its LeaveAlls first (each
+  // restarting the port's LeaveAll timer of the type), then what they made
+  // the port send, then MSRP Domain attributes, then every other attribute
+  // in arrival order. Clears the frame's parse results.
+  void processParsedAttributes(const Velo::IntfId& intfId);
+  // One parsed attribute: made current, then applicant, then registrar.
+  void processParsedAttribute(const MrpParsedAttributeKey& key, const Velo::IntfId& intfId);
+  // rLA! to every registration of the port and type. The applicant answers
+  // as if the registrar already held what the same frame declares.
+  void mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attributeType);
+  // Makes a parsed attribute current: its saved value into the service
+  // object's receive and transmit fields of its type.
+  void fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
+  void fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
+  void fillMvrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
+  // ==== end of received-event dispatch ====
+
+  // ==== Transmit (MrpSmTransmit.cpp) ====
+  // Closes the port's first (or second) packet and sends it on the port;
+  // the next attribute starts a fresh one. While flooding, the packet is
+  // dropped instead; without the port's socket it is kept.
+  void mrpTransmitTxPacket(const Velo::IntfId& intfId, bool secondPktContext);
+  // The first packet of the port, then its second.
+  void mrpTransmitTxAttributes(const Velo::IntfId& intfId);
+  // Every port with a first packet open.
+  void mrpTransmitTxAttributes();
+  // ==== end of transmit ====
+
+  // The port's leave timer period: its own intfLeaveTime when set and not 0,
+  // else leaveTime.
+  Quarn::Seconds mrpGetLeaveTime(const Velo::IntfId& intfId) const;
 
  protected:
   ~MrpSm() override;

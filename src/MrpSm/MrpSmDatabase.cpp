@@ -6,64 +6,26 @@
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
 #include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpValueFields.h"
 
 namespace Mrp {
 
 namespace {
 
-using StoredValue = std::array<std::uint8_t, MrpAttrDatabase::kValueOctets>;
-
-// Runs `f` on the service object's transmit or receive field of an MSRP
-// attribute type; false for a type MSRP does not have.
-template <class F>
-bool withMsrpValue(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
-  switch (static_cast<MsrpAttrType>(attributeType)) {
-    case MsrpAttrType::talkerAdvertise:
-      f(tx ? lib.msrpTalkerAdvertiseTx() : lib.msrpTalkerAdvertiseRx());
-      return true;
-    case MsrpAttrType::talkerFailed:
-      f(tx ? lib.msrpTalkerFailedTx() : lib.msrpTalkerFailedRx());
-      return true;
-    case MsrpAttrType::listenerVector:
-      f(tx ? lib.msrpListenerVectorTx() : lib.msrpListenerVectorRx());
-      return true;
-    case MsrpAttrType::domainVector:
-      f(tx ? lib.msrpDomainVectorTx() : lib.msrpDomainVectorRx());
-      return true;
-    case MsrpAttrType::invalidAttribute:
-      break;
-  }
-  return false;
-}
-
-// The same for MVRP.
-template <class F>
-bool withMvrpValue(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
-  if (static_cast<MvrpAttrType>(attributeType) != MvrpAttrType::vlanVector) return false;
-  f(tx ? lib.mvrpVlanVectorTx() : lib.mvrpVlanVectorRx());
-  return true;
-}
-
 void storeValue(MrpAttrDatabase& entry, std::span<const std::uint8_t> octets) {
   for (std::size_t i = 0; i < octets.size(); ++i) entry.attributeValueIs(ValueIndex(i), octets[i]);
-}
-
-StoredValue storedValue(const MrpAttrDatabase& entry) {
-  StoredValue octets;
-  for (std::size_t i = 0; i < octets.size(); ++i) octets[i] = entry.attributeValue(ValueIndex(i));
-  return octets;
 }
 
 // Decodes the stored octets into `field`, a value record.
 template <class Record>
 void loadValue(const MrpAttrDatabase& entry, Record& field) {
-  field = valueFromBytes<Record>(storedValue(entry));
+  field = valueFromBytes<Record>(entry.attributeValues());
 }
 
 template <class Record>
 bool sameValue(const MrpAttrDatabase& entry, const Record& value) {
   const auto octets = valueBytes(value);
-  const StoredValue stored = storedValue(entry);
+  const auto& stored = entry.attributeValues();
   return std::equal(octets.begin(), octets.end(), stored.begin());
 }
 

@@ -1,24 +1,11 @@
 // Calls into work that has not landed yet: declared where they belong,
 // with empty bodies until their own pieces replace them.
 
-#include "MrpSm/MrpApplicantSm.h"
 #include "MrpSm/MrpLeaveAllSm.h"
-#include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
 
 namespace Mrp {
-
-// Received-event dispatch.
-void MrpSm::processParsedAttributes(const Velo::IntfId&) {}
-
-// Transmit assembly.
-void MrpSm::mrpTransmitTxAttributes() {}
-void MrpSm::mrpTransmitTxAttributes(const Velo::IntfId&) {}
-void MrpLib::mrpSendLeaveAll(std::uint8_t, const Velo::IntfId&) {}
-
-// Service interface: port clean-up.
-void MrpLib::mrpCleanUpIntfDatabase(const Velo::IntfId&) {}
 
 // LeaveAll machines. Enable and disable already trace their signatures, as
 // they will: that is how a caller is seen until they start timers.
@@ -30,9 +17,5 @@ void MrpLeaveAllSm::mrpDisableLeaveAllPending(const Velo::IntfId&) {
 }
 void MrpLeaveAllSm::mrpRestartLeaveAllTimer(const Velo::IntfId&, std::uint8_t, Quarn::Seconds) {}
 Quarn::Seconds getLeaveAllTime(const MrpSm&, const Velo::IntfId&) { return 0; }
-
-// Applicant machine.
-void MrpApplicantSm::applicantEventIs(MrpApplicantEvent) {}
-void MrpApplicantSm::handleApplicantEvent() {}
 
 }  // namespace Mrp

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "MrpModel/MrpAttribute.h"
+#include "brisk/TimerWheel.h"
+#include "quarn/Lifecycle.h"
+#include "quarn/Ptr.h"
+#include "quarn/Types.h"
+
+namespace Mrp {
+
+class MrpSm;
+
+// Times the registrar's LV state for a set of attribute keys of one port
+// and type with one shared timer. The registrar keeps one per port and type
+// (attribute key 0) for leaves caused by LeaveAll and Re-declare!, and one
+// per attribute for leaves caused by a received Lv. At expiry every key still
+// pending gets leavetimer! and the machine is discarded.
+class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
+ public:
+  // Arms the timer with the configured leaveTime.
+  MrpLeaveSm(const MrpAttribute& mrpAttribute, MrpSm* mrpSm, Quarn::Ptr<Brisk::TimerWheel> timerWheel);
+  MrpLeaveSm(const MrpLeaveSm&) = delete;
+  MrpLeaveSm& operator=(const MrpLeaveSm&) = delete;
+
+  // The machine's key in the registrar's map.
+  const MrpAttribute& mrpAttribute() const { return mrpAttribute_; }
+  MrpSm* mrpSm() const { return mrpSm_; }
+
+  void handleInitialized();
+
+  // Attribute keys waiting for the timer, ascending.
+  const std::map<std::uint64_t, bool>& leavePendings() const { return leavePending_; }
+  bool leavePending(std::uint64_t key) const;
+  void leavePendingIs(std::uint64_t key, bool pending) { leavePending_[key] = pending; }
+  void leavePendingDel(std::uint64_t key) { leavePending_.erase(key); }
+  void leavePendingDelAll() { leavePending_.clear(); }
+
+  // (Re)starts the one timer at now + `seconds`: a later leave postpones the
+  // expiry of every key already pending.
+  void doScheduleLeaveTimer(Quarn::Seconds seconds);
+  // When the timer fires; kInfinity when it is not armed.
+  Quarn::Seconds leaveTimerTime() const { return leaveTimer_.time(); }
+
+  // Expiry: the port's waiting frames first, then leavetimer! for every key
+  // still pending, then the machine leaves the registrar's map.
+  void handleLeaveTimer();
+  // leavetimer! for one pending key.
+  void handleLeavePending(std::uint64_t key);
+
+ protected:
+  ~MrpLeaveSm() override = default;
+
+ private:
+  class TimerReactor : public Brisk::TimerWheel::Notifiee {
+   public:
+    TimerReactor(Brisk::TimerWheel* wheel, MrpLeaveSm* owner) : Notifiee(wheel), owner_(owner) {}
+    void onTime() override { owner_->handleLeaveTimer(); }
+
+   private:
+    MrpLeaveSm* owner_;
+  };
+
+  // Lets a frame that arrived just before the expiry act first.
+  void doDrainPort();
+
+  const MrpAttribute mrpAttribute_;
+  MrpSm* mrpSm_;
+  Quarn::Ptr<Brisk::TimerWheel> timerWheel_;
+  std::map<std::uint64_t, bool> leavePending_;
+  TimerReactor leaveTimer_;
+};
+
+}  // namespace Mrp
