@@ -19,7 +19,7 @@ namespace Mrp {
   X(rJoinMt, 8, "rJoinMt!") \
   X(rMt, 9, "rMt!") \
   X(rLv, 10, "rLv!") \
-  X(rxLvAll, 11, "rLA!") \
+  X(rxLvAll_, 11, "rLA!") \
   X(txLvAll, 12, "txLA!") \
   X(noEvent, 13, "noEvent")
 

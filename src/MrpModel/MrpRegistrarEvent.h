@@ -12,7 +12,7 @@ namespace Mrp {
   X(rJoinIn, 1, "rJoinIn!") \
   X(rJoinMt, 2, "rJoinMt!") \
   X(rLv, 3, "rLv!") \
-  X(regLvAll, 4, "rLA!") \
+  X(regLvAll_, 4, "rLA!") \
   X(txLvAll, 5, "txLA!") \
   X(redeclare, 6, "Re-declare!") \
   X(flush, 7, "Flush!") \

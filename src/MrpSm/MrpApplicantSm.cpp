@@ -76,7 +76,7 @@ void MrpApplicantSm::handleVeryAnxiousObserver(Event event) {
     // The registered state is sent and VO kept, not left for LO.
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll:
+    case Event::rxLvAll_:
     case Event::txLvAll: mrpApplicantSendRegisteredState(false); break;
     default: break;
   }
@@ -119,7 +119,7 @@ void MrpApplicantSm::handleAnxiousNew(Event event) {
       break;
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll: sendNewTwiceToQuietActive(); break;
+    case Event::rxLvAll_: sendNewTwiceToQuietActive(); break;
     case Event::txLvAll:
       mrpApplicantSendNew(false);
       mrpSetApplicantState(State::qa);
@@ -137,7 +137,7 @@ void MrpApplicantSm::handleAnxiousActive(Event event) {
       break;
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll: sendJoinTwiceToQuietActive(); break;
+    case Event::rxLvAll_: sendJoinTwiceToQuietActive(); break;
     case Event::rJoinIn:
     case Event::rIn: mrpSetApplicantState(State::qa); break;
     // txLA! is ignored.
@@ -152,7 +152,7 @@ void MrpApplicantSm::handleQuietActive(Event event) {
     case Event::joinReq:
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll: sendJoinTwiceToQuietActive(); break;
+    case Event::rxLvAll_: sendJoinTwiceToQuietActive(); break;
     case Event::lvReq:
       mrpApplicantSendLeave();
       mrpSetApplicantState(State::vo);
@@ -192,7 +192,7 @@ void MrpApplicantSm::handleAnxiousObserver(Event event) {
       break;
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll:
+    case Event::rxLvAll_:
     case Event::txLvAll:
       mrpApplicantSendRegisteredState(false);
       mrpSetApplicantState(State::vo);
@@ -209,7 +209,7 @@ void MrpApplicantSm::handleQuietObserver(Event event) {
     case Event::joinReq: mrpSetApplicantState(State::qp); break;
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll:
+    case Event::rxLvAll_:
     case Event::txLvAll:
       mrpApplicantSendRegisteredState(false);
       mrpSetApplicantState(State::vo);
@@ -227,7 +227,7 @@ void MrpApplicantSm::handleAnxiousPassive(Event event) {
     case Event::lvReq: mrpSetApplicantState(State::ao); break;
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll: sendJoinTwiceToQuietActive(); break;
+    case Event::rxLvAll_: sendJoinTwiceToQuietActive(); break;
     case Event::rJoinIn: mrpSetApplicantState(State::qp); break;
     case Event::txLvAll:
       mrpApplicantSendJoin(false);
@@ -244,7 +244,7 @@ void MrpApplicantSm::handleQuietPassive(Event event) {
     case Event::lvReq: mrpSetApplicantState(State::qo); break;
     case Event::redeclare:
     case Event::rLv:
-    case Event::rxLvAll: sendJoinTwiceToQuietActive(); break;
+    case Event::rxLvAll_: sendJoinTwiceToQuietActive(); break;
     case Event::rJoinMt:
     case Event::rMt:
     case Event::txLvAll:

@@ -140,7 +140,7 @@ bool MrpRegistrarSm::handleInStateRegistrar(Event event, MrpAttrDatabase& entry)
       return discarded;
     }
     case Event::rLv:
-    case Event::regLvAll:
+    case Event::regLvAll_:
     case Event::txLvAll:
     case Event::redeclare:
       mrpAddAttrToLeavePending();
@@ -170,7 +170,7 @@ bool MrpRegistrarSm::handleLvStateRegistrar(Event event, MrpAttrDatabase& entry)
       // Not counted, even when indicated.
       return valueChecked(entry) && joinIndication();
     case Event::rLv:
-    case Event::regLvAll:
+    case Event::regLvAll_:
     case Event::txLvAll:
     case Event::redeclare:
       mrpAddAttrToLeavePending();

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -114,8 +115,15 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void mrpRxLeaveAllIs(std::uint8_t attributeType, bool leaveAll) { mrpRxLeaveAll_[attributeType] = leaveAll; }
   void mrpRxLeaveAllDelAll() { mrpRxLeaveAll_.clear(); }
 
-  // The last role seen per port, kept for the port-role coupling.
+  // ==== Spanning-tree port-role coupling (MrpSmRole.cpp) ====
+  // The last role seen per port, also while in standby.
   const std::map<Velo::IntfId, Stp::MstiPortStatus::Role>& oldPortRole() const { return oldPortRole_; }
+  // Judges the role of a port in a tree instance of a spanning-tree
+  // instance: only the topology of the port's base VLAN counts, and only on
+  // a port wanted for packet access. A forwarding port that becomes
+  // alternate flushes its registrations (Flush!); an alternate port that
+  // forwards again declares everything again (Re-declare!).
+  void handleRole(const std::string& portName, const std::string& mstiName, const std::string& stpiName);
 
   // One watcher per spanning-tree instance present in stpStatus.
   MrpStpiStatusReactor* stpiStatus(const std::string& name) const;
@@ -124,6 +132,7 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void stpiStatusDel(const std::string& name) { stpiStatus_.erase(name); }
   // An instance appeared in or left stpStatus.
   void handleStpiStatus(const std::string& name);
+  // ==== end of port-role coupling ====
 
   // The attribute index: one entry per (port, attribute type).
   using AttrIterMap = std::unordered_map<MrpAttrIter::Key, Quarn::Ptr<MrpAttrIter>>;
@@ -245,6 +254,11 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // with its deletion; an emptied (port, type) entry goes away.
   void addToAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key);
   void removeFromAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key);
+  // Calls `handle(key)` for each key indexed for the port and type, in
+  // ascending order. The walk survives changes to the index made on the
+  // way: each step takes the first key after the one just handled.
+  template <class Handle>
+  void mrpAttrIterWalk(const Velo::IntfId& intfId, std::uint8_t attributeType, Handle&& handle);
 
   // Batched updates, committed by the review machines; ordered so batches
   // go port by port in ascending type and key.
@@ -411,6 +425,21 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   Quarn::Ptr<Interface::EthDevPamManager> pamMan_;
   // ==== end of packet access fields ====
 };
+
+template <class Handle>
+void MrpSm::mrpAttrIterWalk(const Velo::IntfId& intfId, std::uint8_t attributeType, Handle&& handle) {
+  const MrpAttrIter::Key iterKey{intfId, attributeType};
+  std::optional<std::uint64_t> previous;
+  for (;;) {
+    const Quarn::Ptr<MrpAttrIter> iter = mrpAttrIter(iterKey);
+    if (!iter) return;
+    const auto& keys = iter->attributeKeys();
+    const auto next = previous ? keys.upper_bound(*previous) : keys.begin();
+    if (next == keys.end()) return;
+    previous = *next;
+    handle(*next);
+  }
+}
 
 // A new engine, initialised: active unless `standbyMode`.
 Quarn::Ptr<MrpSm> mrpSmFactory(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr<MrpLib> mrpLib,

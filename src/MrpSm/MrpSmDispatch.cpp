@@ -26,9 +26,12 @@ void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
   MRP_TRACE(7, "MrpSm::processedParsedAttributes( " << intfId << " )");
   // One period for every type this frame restarts.
   const Quarn::Seconds period = getLeaveAllTime(*this, intfId);
+  const Quarn::Seconds now = Quarn::System::currentTime();
   while (!mrpRxLeaveAll_.empty()) {
     const std::uint8_t attributeType = mrpRxLeaveAll_.begin()->first;
     mrpProcessRxLeaveAll(intfId, attributeType);
+    MRP_TRACE(7, " txLeaveAll repunched now = " << now << " at = " << now + period << " for type = "
+                                                << static_cast<unsigned>(attributeType) << " on intf = " << intfId);
     leaveAllSm_->mrpRestartLeaveAllTimer(intfId, attributeType, period);
     mrpRxLeaveAll_.erase(attributeType);
   }
@@ -65,25 +68,14 @@ void MrpSm::processParsedAttribute(const MrpParsedAttributeKey& key, const Velo:
 
 void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attributeType) {
   MRP_TRACE(7, "MrpSm::mrpProcessRxLeaveAll( " << intfId << ", " << static_cast<unsigned>(attributeType) << " )");
-  const MrpAttrIter::Key iterKey{intfId, attributeType};
-  // The walk survives changes to the index: each step takes the first key
-  // after the one just handled.
-  std::optional<std::uint64_t> previous;
-  for (;;) {
-    const Quarn::Ptr<MrpAttrIter> iter = mrpAttrIter(iterKey);
-    if (!iter) return;
-    const auto& keys = iter->attributeKeys();
-    const auto next = previous ? keys.upper_bound(*previous) : keys.begin();
-    if (next == keys.end()) return;
-    const std::uint64_t key = *next;
-    previous = key;
+  mrpAttrIterWalk(intfId, attributeType, [&](std::uint64_t key) {
     MRP_TRACE(8, "mrpProcessRxLeaveAll: attributeKey = 0x" << std::hex << key << std::dec
                  << " Type= " << static_cast<unsigned>(attributeType) << "interface = " << intfId);
     mrpFillContextFromDatabase({intfId, attributeType, key});
     Quarn::Ptr<MrpAttrDatabase> entry = mrpGetAttribute(false);
     if (!entry) {
       removeFromAttrIter(intfId, attributeType, key);
-      continue;
+      return;
     }
     const MrpRegistrarState saved = entry->registrarState();
     // The applicant answers as if the registrar already held what this
@@ -94,12 +86,12 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
       if (event < MrpRegistrarEvent::rLv) lookAhead = MrpRegistrarState::in;
     }
     entry->registrarStateIs(lookAhead);
-    applicantSm_->applicantEventIs(MrpApplicantEvent::rxLvAll);
+    applicantSm_->applicantEventIs(MrpApplicantEvent::rxLvAll_);
     applicantSm_->handleApplicantEvent();
     if ((entry = mrpGetAttribute(false))) entry->registrarStateIs(saved);
-    registrarSm_->registrarEventIs(MrpRegistrarEvent::regLvAll);
+    registrarSm_->registrarEventIs(MrpRegistrarEvent::regLvAll_);
     registrarSm_->handleRegistrarEvent();
-  }
+  });
 }
 
 void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <map>
+#include <memory>
 #include <string>
 
+#include "MrpSm/MrpMstiStatusReactor.h"
 #include "quarn/Ptr.h"
 #include "stp/StpiStatus.h"
 
@@ -9,7 +12,9 @@ namespace Mrp {
 
 class MrpSm;
 
-// Watches one spanning-tree instance status for the engine.
+// Watches one spanning-tree protocol instance status for the engine: one
+// watcher per tree instance (MSTI) in it, created and deleted as they come
+// and go, each watching its ports' roles.
 class MrpStpiStatusReactor : public Stp::StpiStatus::Notifiee {
  public:
   MrpStpiStatusReactor(Quarn::Ptr<Stp::StpiStatus> stpiStatus, MrpSm* mrpSm);
@@ -20,9 +25,17 @@ class MrpStpiStatusReactor : public Stp::StpiStatus::Notifiee {
   MrpSm* mrpSm() const { return mrpSm_; }
   void mrpSmIs(MrpSm* mrpSm) { mrpSm_ = mrpSm; }
 
+  MrpMstiStatusReactor* mstiStatus(const std::string& name) const;
+  std::size_t mstiStatusCount() const { return mstiStatus_.size(); }
+
+  void onMstiStatus(const std::string& name) override;
+
  private:
+  void mstiStatusIs(const std::string& name);
+
   Quarn::Ptr<Stp::StpiStatus> stpiStatus_;
   MrpSm* mrpSm_;
+  std::map<std::string, std::unique_ptr<MrpMstiStatusReactor>> mstiStatus_;
 };
 
 }  // namespace Mrp

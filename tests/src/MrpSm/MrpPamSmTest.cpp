@@ -17,20 +17,23 @@ using Mrp::MrpApplication;
 const Velo::IntfId kEth1("Ethernet1");
 const Velo::IntfId kEth2("Ethernet2");
 
-// Until the LeaveAll machines start timers, their entry points are seen
-// through the signature each traces first.
-constexpr const char* kEnableLeaveAll = "MrpLeaveAllSm::mrpEnableLeaveAllPending";
-constexpr const char* kDisableLeaveAll = "MrpLeaveAllSm::mrpDisableLeaveAllPending";
+// Calls of the LeaveAll entry points, seen through the signature each traces first.
+constexpr const char* kEnableLeaveAll = "void Mrp::MrpLeaveAllSm::mrpEnableLeaveAllPending(Velo::IntfId)";
+constexpr const char* kDisableLeaveAll = "void Mrp::MrpLeaveAllSm::mrpDisableLeaveAllPending(Velo::IntfId)";
 
 class MrpPamSmTest : public PamEngineFixture {
  protected:
   MrpPamSmTest() { Quarn::traceLevelsIs("MrpSm/0-9"); }
   ~MrpPamSmTest() override { Quarn::traceLevelsClear(); }
 
-  // Trace lines that contain `text`.
+  // Trace lines that read `text`.
   std::size_t traced(const std::string& text) const {
     return std::count_if(traces.lines().begin(), traces.lines().end(),
-                         [&](const auto& line) { return line.text.find(text) != std::string::npos; });
+                         [&](const auto& line) { return line.text == text; });
+  }
+  // Whether the port has LeaveAll timing on the engine.
+  static bool leaveAllTimed(const Mrp::MrpSm& engine, const Velo::IntfId& intfId) {
+    return engine.leaveAllSm()->intfLeaveAllSm(intfId) != nullptr;
   }
 
   Quarn::CaptureTraceSink traces;
@@ -66,6 +69,7 @@ TEST_F(MrpPamSmTest, AnActivePortStartsItsLeaveAllTimersWhenItAppears) {
   auto engine = engineNew(MrpApplication::msrp, false);
   portUp(*engine, "Ethernet1");
   EXPECT_EQ(traced(kEnableLeaveAll), 1u);
+  EXPECT_EQ(engine->leaveAllSm()->intfLeaveAllSm(kEth1)->leaveAllPendings().size(), 4u) << "MSRP types 1 to 4";
   EXPECT_FALSE(engine->mrpPamSm()->mrpIntfPamSm(kEth1)->standbyMode());
 }
 
@@ -77,6 +81,8 @@ TEST_F(MrpPamSmTest, RemovingAPortClosesItAndStopsItsLeaveAllTimers) {
   mrpLib->mrpInterfaceDisable(kEth1);
   EXPECT_TRUE(traces.contains("void Mrp::MrpIntfPamSm::doClose()"));
   EXPECT_EQ(traced(kDisableLeaveAll), 1u);
+  EXPECT_FALSE(leaveAllTimed(*engine, kEth1));
+  EXPECT_TRUE(leaveAllTimed(*engine, kEth2));
   EXPECT_TRUE(engine->mrpPamSm()->mrpIntfPamSmHas(kEth2));
 }
 
@@ -97,6 +103,7 @@ TEST_F(MrpPamSmTest, ASocketThatDisappearsClosesItsPortObjectAndTheEngineKeepsRu
   EXPECT_FALSE(engine->mrpPamSm()->mrpIntfPamSmHas(kEth1));
   EXPECT_EQ(engine->pamCollection()->intfPam(kEth1), nullptr);
   EXPECT_EQ(traced(kDisableLeaveAll), 1u);
+  EXPECT_FALSE(leaveAllTimed(*engine, kEth1));
 
   inject(*eth2, withDmac(withEtherType(Bytes(60, 0), 0x88f5), mrpLib->applicationMacAddr()));
   EXPECT_EQ(engine->mrpCounters()->numOfPktsProcessed(), 1u) << "the other port still receives";
@@ -115,6 +122,8 @@ TEST_F(MrpPamSmTest, PortObjectsOfAStandbyEngineStartNoLeaveAllTimersUntilItIsAc
   EXPECT_FALSE(engine->mrpPamSm()->mrpIntfPamSm(kEth1)->standbyMode());
   EXPECT_FALSE(engine->mrpPamSm()->mrpIntfPamSm(kEth2)->standbyMode());
   EXPECT_EQ(traced(kEnableLeaveAll), 2u) << "once per port";
+  EXPECT_TRUE(leaveAllTimed(*engine, kEth1));
+  EXPECT_TRUE(leaveAllTimed(*engine, kEth2));
 
   engine->mrpPamSm()->handleStandbyMode();
   EXPECT_EQ(traced(kEnableLeaveAll), 2u) << "only a change is passed on";
