@@ -1,0 +1,219 @@
+#include "Bridge.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quarn/Log.h"
+#include "quarn/System.h"
+#include "support/PamEngineFixture.h"
+#include "velo/MemPam.h"
+
+namespace MrpTest {
+namespace {
+
+using Mrp::MrpApplication;
+using MrpAgent::AttributeValue;
+using MrpAgent::Bridge;
+
+// Records a bridge's indications as "port +value" / "port -value" lines.
+class Recorder : public Bridge::Observer {
+ public:
+  void onJoin(const Bridge& bridge, const std::string& port, const AttributeValue& value) override {
+    lines.push_back(bridge.name() + ":" + port + " +" + std::to_string(value.attributeKey()));
+  }
+  void onLeave(const Bridge& bridge, const std::string& port, const AttributeValue& value) override {
+    lines.push_back(bridge.name() + ":" + port + " -" + std::to_string(value.attributeKey()));
+  }
+  std::vector<std::string> lines;
+};
+
+// Bridges on a simulated clock, their ports joined by in-memory wires.
+class BridgeTest : public ::testing::Test {
+ protected:
+  BridgeTest() { Quarn::System::clockIs(clock); }
+  ~BridgeTest() override {
+    bridges.clear();
+    Quarn::System::clockIs(nullptr);
+  }
+
+  Bridge& bridgeNew(const std::string& name, const std::vector<std::string>& ports,
+                    std::vector<MrpApplication> applications = {MrpApplication::mvrp}) {
+    auto& factory = factories[name] = new Velo::MemPamFactory;
+    for (const std::string& port : ports) {
+      pams[name + ":" + port] = new Velo::MemPam(Velo::IntfId(port), Velo::EthAddr(2, 0, 0, 0, 0, pams.size()), clock);
+      factory->pamIs(pams[name + ":" + port]);
+    }
+    auto bridge = std::make_unique<Bridge>(name, applications, MrpAgent::BridgeConfig{}, factory);
+    for (const std::string& port : ports) bridge->portIs(port);
+    bridge->observerIs(&recorder);
+    return *(bridges[name] = std::move(bridge));
+  }
+  void link(const std::string& a, const std::string& b) { pams[a]->peerIs(pams[b].ptr()); }
+
+  Quarn::Ptr<Quarn::SimClock> clock = new Quarn::SimClock;
+  std::map<std::string, Quarn::Ptr<Velo::MemPamFactory>> factories;
+  std::map<std::string, Quarn::Ptr<Velo::MemPam>> pams;
+  std::map<std::string, std::unique_ptr<Bridge>> bridges;
+  Recorder recorder;
+  Quarn::CaptureLogSink logs;
+};
+
+// h1 - sw1 - sw2 - h2, and h3 on sw2's third port.
+class BridgeLineTest : public BridgeTest {
+ protected:
+  explicit BridgeLineTest(std::vector<MrpApplication> applications = {MrpApplication::mvrp})
+      : h1(bridgeNew("h1", {"e0"}, applications)),
+        sw1(bridgeNew("sw1", {"p1", "p2"}, applications)),
+        sw2(bridgeNew("sw2", {"p1", "p2", "p3"}, applications)),
+        h2(bridgeNew("h2", {"e0"}, applications)),
+        h3(bridgeNew("h3", {"e0"}, applications)) {
+    link("h1:e0", "sw1:p1");
+    link("sw1:p2", "sw2:p1");
+    link("sw2:p2", "h2:e0");
+    link("sw2:p3", "h3:e0");
+  }
+  bool heard(const std::string& line) const {
+    return std::find(recorder.lines.begin(), recorder.lines.end(), line) != recorder.lines.end();
+  }
+  // The registrations of a bridge's port: "key registrar/applicant".
+  static std::vector<std::string> held(const Bridge& bridge, const std::string& port) {
+    std::vector<std::string> out;
+    for (const auto& r : bridge.registrations()) {
+      if (r.port != port) continue;
+      std::ostringstream text;
+      text << r.value.attributeKey() << " " << r.registrar << "/" << r.applicant;
+      out.push_back(text.str());
+    }
+    return out;
+  }
+
+  Bridge& h1;
+  Bridge& sw1;
+  Bridge& sw2;
+  Bridge& h2;
+  Bridge& h3;
+};
+
+const AttributeValue kVlan10(Mrp::MvrpVlanAttribute(10));
+
+TEST_F(BridgeLineTest, AVlanDeclaredAtAnEndStationIsRegisteredAtEveryPortTowardsIt) {
+  h1.declare(kVlan10, "e0");
+  clock->advance(1);
+  EXPECT_THAT(recorder.lines, ::testing::UnorderedElementsAre("sw1:p1 +10", "sw2:p1 +10", "h2:e0 +10", "h3:e0 +10"));
+  // The end station declares and registers nothing back; the bridges
+  // declare towards the far end only.
+  EXPECT_EQ(held(h1, "e0"), std::vector<std::string>{"10 MT/QA"});
+  EXPECT_EQ(held(sw1, "p1"), std::vector<std::string>{"10 IN/VO"});
+  EXPECT_EQ(held(sw1, "p2"), std::vector<std::string>{"10 MT/QA"});
+}
+
+TEST_F(BridgeLineTest, AWithdrawnVlanLeavesEveryPortAfterTheLeaveTimes) {
+  h1.declare(kVlan10, "e0");
+  clock->advance(1);
+  recorder.lines.clear();
+  h1.withdraw(kVlan10, "e0");
+  clock->advance(0.5);
+  EXPECT_TRUE(recorder.lines.empty()) << "nothing leaves before the leave time";
+  clock->advance(5);
+  EXPECT_THAT(recorder.lines, ::testing::UnorderedElementsAre("sw1:p1 -10", "sw2:p1 -10", "h2:e0 -10", "h3:e0 -10"));
+  EXPECT_TRUE(held(sw1, "p2").empty());
+}
+
+TEST_F(BridgeLineTest, AVlanRegisteredOnTwoPortsIsWithdrawnOnlyWhenNoOtherPortRegistersIt) {
+  h1.declare(kVlan10, "e0");
+  h2.declare(kVlan10, "e0");
+  clock->advance(1);
+  // sw2 registers on p1 (from h1) and p2 (from h2), so it declares on all three ports.
+  EXPECT_EQ(held(sw2, "p3"), std::vector<std::string>{"10 MT/QA"});
+  recorder.lines.clear();
+  h1.withdraw(kVlan10, "e0");
+  clock->advance(5);
+  EXPECT_TRUE(heard("sw2:p1 -10"));
+  EXPECT_FALSE(heard("h3:e0 -10")) << "h2 still declares the VLAN";
+  EXPECT_FALSE(heard("h1:e0 -10")) << "h1 still hears it from sw1";
+}
+
+TEST_F(BridgeLineTest, ABridgeWideDeclarationIsMadeOnEveryPort) {
+  sw1.declare(kVlan10, std::nullopt);
+  clock->advance(1);
+  EXPECT_TRUE(heard("h1:e0 +10"));
+  EXPECT_TRUE(heard("sw2:p1 +10"));
+  EXPECT_TRUE(heard("h2:e0 +10"));
+}
+
+TEST_F(BridgeLineTest, RegistrationsOnAPortThatStopsForwardingAreNotPassedOn) {
+  h1.declare(kVlan10, "e0");
+  clock->advance(1);
+  recorder.lines.clear();
+  sw1.portRoleIs("p1", Stp::MstiPortStatus::Role::alternate);
+  clock->advance(5);
+  // The engine flushes p1 without a leave indication; sw1 withdraws on p2.
+  EXPECT_FALSE(heard("sw1:p1 -10"));
+  EXPECT_TRUE(heard("sw2:p1 -10"));
+  EXPECT_TRUE(heard("h2:e0 -10"));
+  EXPECT_FALSE(sw1.forwarding("p1"));
+  recorder.lines.clear();
+  sw1.portRoleIs("p1", Stp::MstiPortStatus::Role::root);
+  clock->advance(16);  // h1 declares again at its next LeaveAll at the latest
+  EXPECT_TRUE(heard("sw1:p1 +10"));
+  EXPECT_TRUE(heard("h2:e0 +10"));
+}
+
+TEST_F(BridgeLineTest, AClosedPortTakesItsRegistrationsAlong) {
+  h1.declare(kVlan10, "e0");
+  clock->advance(1);
+  recorder.lines.clear();
+  sw1.portDel("p1");
+  clock->advance(5);
+  EXPECT_TRUE(heard("sw2:p1 -10"));
+  EXPECT_EQ(sw1.ports(), std::vector<std::string>{"p2"});
+  EXPECT_TRUE(held(sw1, "p2").empty());
+}
+
+class MsrpBridgeLineTest : public BridgeLineTest {
+ protected:
+  MsrpBridgeLineTest() : BridgeLineTest({MrpApplication::msrp}) {}
+};
+
+Mrp::MsrpTalkerAdvertiseAttribute talker(std::uint64_t streamId) {
+  return {streamId, Mrp::DataFrameParameters(Velo::EthAddr(0x91, 0xe0, 0xf0, 0, 0xfe, 1), 2), Mrp::Tspec(100, 1),
+          Mrp::PriorityAndRank(3, 1), 1000};
+}
+
+TEST_F(MsrpBridgeLineTest, EveryPortHasTheBridgesDomain) {
+  clock->advance(1);
+  EXPECT_TRUE(heard("sw1:p1 +6"));
+  EXPECT_TRUE(heard("sw1:p2 +6"));
+  EXPECT_TRUE(heard("h1:e0 +6"));
+}
+
+TEST_F(MsrpBridgeLineTest, ATalkerReachesEveryEndStationAndListenersGoBackTowardsIt) {
+  h1.declare(AttributeValue(talker(7)), "e0");
+  clock->advance(1);
+  EXPECT_TRUE(heard("h2:e0 +7"));
+  EXPECT_TRUE(heard("h3:e0 +7"));
+  recorder.lines.clear();
+  h2.declare(AttributeValue(Mrp::MsrpListenerAttribute(7, Mrp::MsrpListenerEvent::ready)), "e0");
+  h3.declare(AttributeValue(Mrp::MsrpListenerAttribute(7, Mrp::MsrpListenerEvent::askingFailed)), "e0");
+  clock->advance(1);
+  // Listeners flow towards the talker only, merged where they meet.
+  EXPECT_TRUE(heard("sw2:p2 +7"));
+  EXPECT_TRUE(heard("sw2:p3 +7"));
+  EXPECT_TRUE(heard("h1:e0 +7"));
+  EXPECT_FALSE(heard("h3:e0 +7")) << "a listener is not declared away from the talker";
+  const auto registrations = h1.registrations();
+  const auto listener = std::find_if(registrations.begin(), registrations.end(),
+                                     [](const auto& r) { return r.value.attributeType() == 3; });
+  ASSERT_NE(listener, registrations.end());
+  EXPECT_EQ(listener->registrar, Mrp::MrpRegistrarState::in);
+}
+
+}  // namespace
+}  // namespace MrpTest
