@@ -3,45 +3,15 @@
 // stored registration costs.
 #include <benchmark/benchmark.h>
 
-#include <malloc.h>
-
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <string>
 #include <vector>
 
+#include "HeapBytes.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/NboAttrLog.h"
 #include "quarn/System.h"
-
-namespace {
-
-// Bytes held by live allocations of operator new, as the allocator sized them.
-std::size_t liveBytes = 0;
-
-}  // namespace
-
-// This program replaces the global allocation functions, so free() in its
-// operator delete does match malloc() in its operator new; the compiler, seeing
-// through the inlined replacement, cannot tell.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-  void* p = std::malloc(size ? size : 1);
-  if (!p) throw std::bad_alloc();
-  liveBytes += malloc_usable_size(p);
-  return p;
-}
-
-void operator delete(void* p) noexcept {
-  if (!p) return;
-  liveBytes -= malloc_usable_size(p);
-  std::free(p);
-}
-
-void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 
 namespace {
 
@@ -115,15 +85,15 @@ void BM_AddAndCommit(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     auto bench = std::make_unique<Bench>();
-    const std::size_t before = liveBytes;
+    const std::size_t before = MrpBench::liveHeapBytes;
     state.ResumeTiming();
     bench->addAll();
     state.PauseTiming();
-    pendingBytes = static_cast<double>(liveBytes - before) / kAttributes;
+    pendingBytes = static_cast<double>(MrpBench::liveHeapBytes - before) / kAttributes;
     state.ResumeTiming();
     bench->review();
     state.PauseTiming();
-    storedBytes = static_cast<double>(liveBytes - before) / kAttributes;
+    storedBytes = static_cast<double>(MrpBench::liveHeapBytes - before) / kAttributes;
     if (!bench->engine().addPendingAttrs().empty()) state.SkipWithError("additions left uncommitted");
     bench.reset();
     state.ResumeTiming();

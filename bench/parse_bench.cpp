@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "ParseLoop.h"
+#include "support/MrpduFrames.h"
 #include "support/StandaloneEngine.h"
 
 namespace {
@@ -13,27 +15,12 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::uint16_t kAllVlans = 4094;
+constexpr std::uint8_t kJoinIn = 1;
 constexpr std::size_t kMaxPdu = 1500;
 
 void putU16(Bytes& out, std::uint16_t value) {
   out.push_back(static_cast<std::uint8_t>(value >> 8));
   out.push_back(static_cast<std::uint8_t>(value));
-}
-
-// One vector declaring VLANs 1..4094, every one JoinIn.
-Bytes mvrpAllVlansPdu() {
-  Bytes pdu = {0x00, 0x01, 0x02};  // ProtocolVersion, VLAN identifier, AttributeLength
-  putU16(pdu, kAllVlans);          // VectorHeader
-  putU16(pdu, 1);                  // FirstValue: VLAN 1
-  for (unsigned value = 0; value < kAllVlans; value += 3) {
-    const unsigned inOctet = kAllVlans - value < 3 ? kAllVlans - value : 3;
-    std::uint8_t octet = 0;
-    for (unsigned i = 0; i < 3; ++i) octet = static_cast<std::uint8_t>(octet * 6 + (i < inOctet ? 1 : 0));
-    pdu.push_back(octet);
-  }
-  putU16(pdu, 0);  // EndMark of the list
-  putU16(pdu, 0);  // EndMark of the MRPDU
-  return pdu;
 }
 
 // One Talker Advertise message of single-value vectors (unrelated streams),
@@ -62,25 +49,9 @@ Bytes msrpTalkersPdu() {
   return pdu;
 }
 
-// Parses `pdu` once per iteration; the collections are emptied as the
-// received-event dispatch would. The packet is built from `pdu` each time,
-// since parsing consumes it.
-void parseLoop(benchmark::State& state, Mrp::MrpSm& engine, const Bytes& pdu, std::size_t values) {
-  for (auto _ : state) {
-    engine.parseMrpdu(Velo::Pkt::pktNew(pdu.data(), pdu.size()));
-    benchmark::DoNotOptimize(engine.mrpParsedAttributes().size());
-    engine.mrpParsedAttributeDelAll();
-    engine.mrpParsedAttributeKeyDelAll();
-    engine.msrpParsedDomainKeyDelAll();
-  }
-  if (engine.mrpCounters()->numOfMalformedPkts() != 0) state.SkipWithError("malformed PDU");
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * values));
-  state.counters["pdu_octets"] = static_cast<double>(pdu.size());
-}
-
 void BM_ParseMvrpAllVlans(benchmark::State& state) {
   Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
-  parseLoop(state, *engine, mvrpAllVlansPdu(), kAllVlans);
+  MrpBench::parseLoop(state, *engine, MrpTest::Frames::mvrpVlanRunPdu(1, kAllVlans, kJoinIn), kAllVlans);
 }
 BENCHMARK(BM_ParseMvrpAllVlans);
 
@@ -88,13 +59,13 @@ BENCHMARK(BM_ParseMvrpAllVlans);
 void BM_ParseMvrpAllVlansUncollected(benchmark::State& state) {
   Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
   engine->mrpConfig()->mrpFloodingIs(true);
-  parseLoop(state, *engine, mvrpAllVlansPdu(), kAllVlans);
+  MrpBench::parseLoop(state, *engine, MrpTest::Frames::mvrpVlanRunPdu(1, kAllVlans, kJoinIn), kAllVlans);
 }
 BENCHMARK(BM_ParseMvrpAllVlansUncollected);
 
 void BM_ParseMsrpTalkerAdvertises(benchmark::State& state) {
   Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::msrp);
-  parseLoop(state, *engine, msrpTalkersPdu(), kTalkerVectors);
+  MrpBench::parseLoop(state, *engine, msrpTalkersPdu(), kTalkerVectors);
 }
 BENCHMARK(BM_ParseMsrpTalkerAdvertises);
 

@@ -101,4 +101,25 @@ inline const Bytes kMsrpAllTypes = {
     0x00, 0x00,                                      // EndMark of the MRPDU
 };
 
+// One vector declaring the `count` VLANs from `firstVlan` on, each with the
+// three-packed `event` (New 0 ... Lv 5); unused positions of the last
+// packed octet hold 0.
+inline Bytes mvrpVlanRunPdu(std::uint16_t firstVlan, std::uint16_t count, std::uint8_t event) {
+  const auto u16 = [](Bytes& out, unsigned value) {
+    out.push_back(static_cast<std::uint8_t>(value >> 8));
+    out.push_back(static_cast<std::uint8_t>(value));
+  };
+  Bytes pdu = {0x00, 0x01, 0x02};  // ProtocolVersion, VLAN identifier, AttributeLength 2
+  u16(pdu, count);                 // VectorHeader: no LeaveAll, `count` values
+  u16(pdu, firstVlan);             // FirstValue
+  for (unsigned value = 0; value < count; value += 3) {
+    unsigned octet = 0;
+    for (unsigned i = 0; i < 3; ++i) octet = octet * 6 + (value + i < count ? event : 0);
+    pdu.push_back(static_cast<std::uint8_t>(octet));
+  }
+  u16(pdu, 0);  // EndMark of the list
+  u16(pdu, 0);  // EndMark of the MRPDU
+  return pdu;
+}
+
 }  // namespace MrpTest::Frames

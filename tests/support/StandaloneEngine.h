@@ -8,9 +8,10 @@ namespace MrpTest {
 
 // An active engine for `application` over fresh records with the
 // application's default framing, for programs that run without the test
-// framework (benchmarks, fuzz targets).
-inline Quarn::Ptr<Mrp::MrpSm> standaloneEngineNew(Mrp::MrpApplication application) {
-  Quarn::Ptr<Mrp::MrpLib> mrpLib = Mrp::mrpLibFactory();
+// framework (benchmarks, fuzz targets). `mrpLib` is the service object to
+// hand it, an agent's own or the library's.
+inline Quarn::Ptr<Mrp::MrpSm> standaloneEngineNew(Mrp::MrpApplication application,
+                                                  Quarn::Ptr<Mrp::MrpLib> mrpLib = Mrp::mrpLibFactory()) {
   mrpLib->applicationIs(application);
   const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
   mrpLib->applicationMacAddrIs(framing.macAddr);

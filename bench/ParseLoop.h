@@ -1,0 +1,34 @@
+#pragma once
+
+// The parse-only measurement, shared by the programs that compare with it.
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "MrpSm/MrpSm.h"
+#include "velo/Pkt.h"
+
+namespace MrpBench {
+
+// Parses `pdu` (from its ProtocolVersion octet on) once per iteration; the
+// collections are emptied as the received-event dispatch would. The packet
+// is built from `pdu` each time, since parsing consumes it. items_per_second
+// counts `values`.
+inline void parseLoop(benchmark::State& state, Mrp::MrpSm& engine, const std::vector<std::uint8_t>& pdu,
+                      std::size_t values) {
+  for (auto _ : state) {
+    engine.parseMrpdu(Velo::Pkt::pktNew(pdu.data(), pdu.size()));
+    benchmark::DoNotOptimize(engine.mrpParsedAttributes().size());
+    engine.mrpParsedAttributeDelAll();
+    engine.mrpParsedAttributeKeyDelAll();
+    engine.msrpParsedDomainKeyDelAll();
+  }
+  if (engine.mrpCounters()->numOfMalformedPkts() != 0) state.SkipWithError("malformed PDU");
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * values));
+  state.counters["pdu_octets"] = static_cast<double>(pdu.size());
+}
+
+}  // namespace MrpBench
