@@ -327,6 +327,19 @@ TEST_F(MrpApplicantSmTest, AStoredStateOutOfRangeIsTracedAndLeftAsItIs) {
   EXPECT_EQ(static_cast<unsigned>(t.state), 12u);
 }
 
+TEST_F(MrpApplicantSmTest, ATransitionTracesTheAttributeAndTheStatesAtLevelSeven) {
+  Quarn::CaptureTraceSink traces;
+  ASSERT_TRUE(Quarn::traceLevelsIs("MrpSm/7"));
+  transition(State::vo, Registrar::mt, Event::newReq);
+  Quarn::traceLevelsClear();
+  std::vector<std::string> lines;
+  for (const auto& line : traces.lines()) lines.push_back(line.text);
+  EXPECT_EQ(lines, (std::vector<std::string>{"void Mrp::MrpApplicantSm::handleApplicantEvent()",
+                                             " Key = 0xa Type= 1 intf = p1",
+                                             " Enter: state = VO event = New!",
+                                             " Exit: handleApplicantEvent, state = QA"}));
+}
+
 TEST_F(MrpApplicantSmTest, HandlingAnEventLeavesItInTheMachine) {
   transition(State::vo, Registrar::in, Event::rJoinIn);
   EXPECT_EQ(engine.sm().applicantSm()->applicantEvent(), Event::rJoinIn);

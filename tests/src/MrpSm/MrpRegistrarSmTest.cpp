@@ -526,6 +526,56 @@ TEST_F(RegistrarEdgeTest, AStoredStateOutOfRangeIsTracedAndLeftAlone) {
   EXPECT_EQ(static_cast<unsigned>(entry->registrarState()), 3u);
 }
 
+// The texts traced at `level` while `run` runs.
+template <class Run>
+std::vector<std::string> tracedAt(int level, Run run) {
+  Quarn::CaptureTraceSink traces;
+  EXPECT_TRUE(Quarn::traceLevelsIs("MrpSm/" + std::to_string(level)));
+  run();
+  Quarn::traceLevelsClear();
+  std::vector<std::string> lines;
+  for (const auto& line : traces.lines()) lines.push_back(line.text);
+  return lines;
+}
+
+TEST_F(RegistrarEdgeTest, ATransitionTracesTheAttributeTheStatesAndTheIndicationsAtLevelSeven) {
+  vlan10Is(Applicant::qa, State::mt);
+  EXPECT_EQ(tracedAt(7, [&] { received(Event::rNew); }),
+            (std::vector<std::string>{"void Mrp::MrpRegistrarSm::handleRegistrarEvent()",
+                                      " Key = 0xa Type= 1 intf = p1", " Enter: state = MT event = rNew!",
+                                      " Exit: state = IN"}));
+  vlan10Is(Applicant::qa, State::lv);
+  const std::vector<std::string> join = tracedAt(7, [&] { received(Event::rJoinIn); });
+  EXPECT_NE(std::find(join.begin(), join.end(), "JoinIndication called"), join.end());
+  vlan10Is(Applicant::qa, State::lv);
+  const std::vector<std::string> leave = tracedAt(7, [&] { received(Event::leaveTimer); });
+  EXPECT_NE(std::find(leave.begin(), leave.end(), "LeaveIndication called"), leave.end());
+}
+
+TEST_F(RegistrarEdgeTest, AChangeOfTimersEnabledIsTraced) {
+  const std::vector<std::string> lines = tracedAt(8, [&] { engine.config().timersEnabledIs(false); });
+  EXPECT_NE(std::find(lines.begin(), lines.end(), "void Mrp::MrpRegistrarSm::handleCfgTimersEnabled()"),
+            lines.end());
+}
+
+TEST_F(RegistrarEdgeTest, CancellingAPortsLeavesDropsItsMachinesInBothMapsAndNoOtherPorts) {
+  const Mrp::MrpAttribute otherPort{Velo::IntfId("p2"), 1, 10};
+  vlan10Is(Applicant::qa, State::in);
+  received(Event::regLvAll);
+  vlan10Is(Applicant::qa, State::in);
+  received(Event::rLv);
+  currentAttributeIs(sm, otherPort, Applicant::qa, State::in);
+  received(Event::regLvAll);
+
+  const std::vector<std::string> lines = tracedAt(8, [&] { sm.registrarSm()->mrpCancelLeavePending(kPort); });
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "Intf: p1 Leave pending deleted: 10"), 2);
+  EXPECT_FALSE(sm.registrarSm()->leaveSm(kVlanLeaves));
+  EXPECT_FALSE(sm.registrarSm()->explicitLeaveSm(kVlan10));
+  EXPECT_TRUE(sm.registrarSm()->leaveSm({otherPort.intfId, 1, 0}));
+  advance(kPortLeaveTime);
+  EXPECT_EQ(takeLeaves(engine), (std::vector<Mrp::MrpParameters>{{otherPort.intfId, 1, 5, 10}}));
+}
+
 // ---- The transmit cycle.
 
 TEST_F(RegistrarEdgeTest, TheTransmitTimerSendsTheOpenPacketsEveryTenthOfASecond) {
