@@ -110,7 +110,7 @@ const std::vector<Event> kAllEvents = {Event::rNew,      Event::rJoinIn, Event::
 // The received value equals the stored one: a repeated declaration.
 // clang-format off
 const Row kRegistrarTable[] = {
-  // State      Events                                           Log                 Indication          Joins Leaves  Leave timing                Pending    New state
+  // State     Events                                             Log                Indication         Joins Leaves Leave timing               Pending    New state
   {State::in, {Event::rNew},                                     Log::joinReceived, Indication::join,  1, 0, LeaveTiming::none,          kNone,     State::in},
   {State::in, {Event::rJoinIn, Event::rJoinMt},                  Log::none,         Indication::none,  1, 0, LeaveTiming::none,          kNone,     State::in},
   {State::in, {Event::rLv},                                      Log::lvReceived,   Indication::none,  0, 0, LeaveTiming::explicitLeave, kExplicit, State::lv},
