@@ -117,6 +117,43 @@ TEST_F(MrpSmDispatchTest, LeaveAllWithAJoinInKeepsThatVlanAndMovesTheOthersToLea
   EXPECT_EQ(vlan(10)->registrarState(), MrpRegistrarState::in);
 }
 
+// LeaveAll for VLANs, riding on a JoinMt for VLAN 10.
+const Bytes kLeaveAllWithJoinMtVlan10 = {
+    0x00,                    // ProtocolVersion
+    0x01, 0x02,              // VLAN identifier, AttributeLength 2
+    0x20, 0x01, 0x00, 0x0A,  // LeaveAll, 1 value from VLAN 10
+    0x6C,                    // JoinMt
+    0x00, 0x00,              // EndMark of the list
+    0x00, 0x00,              // EndMark of the MRPDU
+};
+
+// The Joins that answer the LeaveAll leave in packets of their own; the
+// Join that answers the frame's JoinMt starts a new first packet instead of
+// joining theirs.
+TEST_F(MrpSmDispatchTest, AnswersToALeaveAllAreSentBeforeTheFramesDeclarationsAreApplied) {
+  inject("v1", frameOf(mvrp, kJoinInVlans10To30));
+  declare(mvrp, "v1", MvrpVlanAttribute(10), kJoinIn);
+  advance(0.1);
+  takeFrames("v1");
+  // Only VLAN 10 is of interest: 20 and 30 are no longer registered.
+  mvrp.lib().mrpCleanUpIntfDatabaseAttribute(kV1, 1, 20);
+  mvrp.lib().mrpCleanUpIntfDatabaseAttribute(kV1, 1, 30);
+  advance(2);
+  takeFrames("v1");
+  ASSERT_FALSE(vlan(20));
+  ASSERT_EQ(vlan(10)->applicantState(), MrpApplicantState::qa);
+
+  inject("v1", frameOf(mvrp, kLeaveAllWithJoinMtVlan10));
+
+  const auto frames = takeFrames("v1");
+  const SentValue joinIn{1, 10, kJoinIn, {0x00, 0x0A}};
+  ASSERT_EQ(frames.size(), 3u);
+  EXPECT_EQ(frames[0].values, std::vector<SentValue>{joinIn}) << "the LeaveAll's answer, first packet";
+  EXPECT_EQ(frames[1].values, std::vector<SentValue>{joinIn}) << "the LeaveAll's answer, second packet";
+  // The applicant runs before the registrar, which the LeaveAll left in LV.
+  EXPECT_EQ(frames[2].values, (std::vector<SentValue>{{1, 10, kJoinMt, {0x00, 0x0A}}})) << "the answer to the JoinMt";
+}
+
 TEST_F(MrpSmDispatchTest, LeaveAllDropsAnIndexedAttributeThatHasNoDatabaseEntry) {
   inject("v1", frameOf(mvrp, kJoinInVlans10To30));
   advance(2);

@@ -175,6 +175,17 @@ TEST_F(MrpTransmitAssemblyTest, FlushingAPortSendsItsFirstPacketBeforeItsSecond)
   EXPECT_FALSE(lib.mrpTxSecondPacketContext(kP1));
 }
 
+// The sweep of all ports visits those with a first packet open only.
+TEST_F(MrpTransmitAssemblyTest, SweepLeavesAPortWithOnlyASecondPacketOpen) {
+  sendIntf(lib, "p1", talkerAdvertise(0x10, 0x00), kJoinIn, true);
+  msrp.sm().mrpTransmitTxAttributes();
+  EXPECT_TRUE(takeFrames("p1").empty());
+  EXPECT_TRUE(lib.mrpTxSecondPacketContext(kP1));
+  sendIntf(lib, "p1", talkerAdvertise(0x30, 0x20), kJoinIn, false);
+  msrp.sm().mrpTransmitTxAttributes();
+  EXPECT_EQ(takeFrames("p1").size(), 2u) << "with a first packet open, both go";
+}
+
 TEST_F(MrpTransmitAssemblyTest, WhileFloodingAPacketIsDiscardedUnsentAndUncounted) {
   sendIntf(lib, "p1", talkerAdvertise(0x10, 0x00), kJoinIn);
   const std::uint64_t sent = msrp.counters().numOfPktsTransmitted();
