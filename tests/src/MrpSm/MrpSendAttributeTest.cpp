@@ -14,9 +14,6 @@
 #include "support/TxSend.h"
 
 namespace MrpTest {
-
-// Tests see the engine's current attribute, and restore it, through the
-// parse context that holds it.
 namespace {
 
 using Mrp::MrpApplicantState;
@@ -55,6 +52,7 @@ class MrpSendAttributeTest : public EngineScenario {
     for (const char* port : {"p1", "p2", "p3"}) portUp(msrp, port);
   }
 
+  // The engine's current attribute lives in its parse context.
   Mrp::MrpParseContext& context() const { return *msrp.sm().parseContext(); }
   void currentIs(const Velo::IntfId& intfId, std::uint8_t type, std::uint64_t key) const {
     context().intfIdIs(intfId);

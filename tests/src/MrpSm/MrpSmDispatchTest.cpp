@@ -110,7 +110,7 @@ TEST_F(MrpSmDispatchTest, LeaveAllWithAJoinInKeepsThatVlanAndMovesTheOthersToLea
   EXPECT_FALSE(leaving->leavePending(10)) << "its leave was cancelled";
   EXPECT_TRUE(leaving->leavePending(20));
   EXPECT_TRUE(leaving->leavePending(30));
-  EXPECT_TRUE(takeJoins(mvrp).size() == 3u) << "only the first frame's three registrations";
+  EXPECT_EQ(takeJoins(mvrp).size(), 3u) << "only the first frame's three registrations";
 
   advance(0.7);
   EXPECT_EQ(keysOf(takeLeaves(mvrp)), (std::vector<std::uint64_t>{20, 30}));
