@@ -147,7 +147,7 @@ unsigned attributeEventOf(char operation, Registrar registrar) {
 
 const std::array<Event, 11> kColumns = {Event::newReq, Event::joinReq, Event::lvReq,   Event::redeclare,
                                         Event::rJoinIn, Event::rIn,    Event::rJoinMt, Event::rMt,
-                                        Event::rLv,     Event::rxLvAll, Event::txLvAll};
+                                        Event::rLv,     Event::rxLvAll_, Event::txLvAll};
 
 struct Row {
   State state;
@@ -228,18 +228,18 @@ TEST_F(MrpApplicantSmTest, JoinInVeryAnxiousObserverSendsJoinInTwiceOnlyWhileThe
 }
 
 TEST_F(MrpApplicantSmTest, ReceivedLeaveAllInQuietActiveSendsJoinTwiceAndStaysQuietActive) {
-  const Transition t = transition(State::qa, Registrar::in, Event::rxLvAll);
+  const Transition t = transition(State::qa, Registrar::in, Event::rxLvAll_);
   EXPECT_EQ(t.firstPacket, Events{kJoinIn});
   EXPECT_EQ(t.secondPacket, Events{kJoinIn});
   EXPECT_EQ(t.state, State::qa);
 }
 
 TEST_F(MrpApplicantSmTest, ReceivedLeaveAllInQuietObserverSendsTheRegisteredStateOnceAndGoesVeryAnxiousObserver) {
-  const Transition in = transition(State::qo, Registrar::in, Event::rxLvAll);
+  const Transition in = transition(State::qo, Registrar::in, Event::rxLvAll_);
   EXPECT_EQ(in.firstPacket, Events{kIn});
   EXPECT_EQ(in.secondPacket, Events{});
   EXPECT_EQ(in.state, State::vo);
-  const Transition mt = transition(State::qo, Registrar::mt, Event::rxLvAll);
+  const Transition mt = transition(State::qo, Registrar::mt, Event::rxLvAll_);
   EXPECT_EQ(mt.firstPacket, Events{kMt});
   EXPECT_EQ(mt.secondPacket, Events{});
   EXPECT_EQ(mt.state, State::vo);

@@ -78,7 +78,7 @@ TEST_F(MrpLeaveSmTest, SchedulingRestartsTheTimerFromNowEvenWhenThatIsEarlier) {
 }
 
 TEST_F(MrpLeaveSmTest, ExpiryGivesEveryPendingKeyLeaveTimerInAscendingOrderAndDropsTheMachine) {
-  for (const std::uint64_t id : {30, 10, 20}) leaves(id, Event::regLvAll);
+  for (const std::uint64_t id : {30, 10, 20}) leaves(id, Event::regLvAll_);
   advance(0.5);
   EXPECT_TRUE(leftVlans().empty());
   advance(0.1);
@@ -89,9 +89,9 @@ TEST_F(MrpLeaveSmTest, ExpiryGivesEveryPendingKeyLeaveTimerInAscendingOrderAndDr
 
 TEST_F(MrpLeaveSmTest, KeysLeavingByLeaveAllShareOneTimerThatEachLeaveRestarts) {
   const Quarn::Seconds first = now();
-  leaves(10, Event::regLvAll);
+  leaves(10, Event::regLvAll_);
   advance(0.4);
-  leaves(20, Event::regLvAll);
+  leaves(20, Event::regLvAll_);
   clock->advanceTo(first + 0.9);
   EXPECT_TRUE(leftVlans().empty()) << "the first key's own 0.6 s have passed, the second's not";
   clock->advanceTo(first + 1.0);
@@ -115,8 +115,8 @@ TEST_F(MrpLeaveSmTest, KeysLeavingByReceivedLvEachExpireTheirOwnLeaveTimeAfterTh
 }
 
 TEST_F(MrpLeaveSmTest, AKeyJoinedBeforeExpiryLeavesTheSetAndGetsNoLeaveTimer) {
-  leaves(10, Event::regLvAll);
-  leaves(20, Event::regLvAll);
+  leaves(10, Event::regLvAll_);
+  leaves(20, Event::regLvAll_);
   advance(0.3);
   inject("p1", vlanFrame(10, kJoinIn));
   EXPECT_EQ(state(10), State::in);
@@ -127,7 +127,7 @@ TEST_F(MrpLeaveSmTest, AKeyJoinedBeforeExpiryLeavesTheSetAndGetsNoLeaveTimer) {
 }
 
 TEST_F(MrpLeaveSmTest, AMachineWhoseKeysAllJoinedAgainStaysUntilItsTimerFires) {
-  leaves(10, Event::regLvAll);
+  leaves(10, Event::regLvAll_);
   registrarEventHandle(sm(), Event::rJoinIn);
   ASSERT_EQ(state(10), State::in);
   EXPECT_TRUE(registrar().leaveSm(kVlanLeaves)) << "dropped before its timer";
@@ -137,7 +137,7 @@ TEST_F(MrpLeaveSmTest, AMachineWhoseKeysAllJoinedAgainStaysUntilItsTimerFires) {
 }
 
 TEST_F(MrpLeaveSmTest, AFrameWaitingOnThePortAtExpiryIsProcessedBeforeThePendingKeys) {
-  leaves(10, Event::regLvAll);
+  leaves(10, Event::regLvAll_);
   advance(0.3);
   // The Join reaches the engine's socket but its arrival is not announced yet.
   Velo::MemPam& enginePam = *pamFactory->pam(kPort);
@@ -151,7 +151,7 @@ TEST_F(MrpLeaveSmTest, AFrameWaitingOnThePortAtExpiryIsProcessedBeforeThePending
 }
 
 TEST_F(MrpLeaveSmTest, ALeaveTimerForAKeyNotPendingDoesNothing) {
-  leaves(10, Event::regLvAll);
+  leaves(10, Event::regLvAll_);
   const Quarn::Ptr<Mrp::MrpLeaveSm> machine = registrar().leaveSm(kVlanLeaves);
   machine->leavePendingIs(10, false);
   machine->handleLeavePending(10);

@@ -104,7 +104,7 @@ std::vector<std::string> logLinesOf(Log log, State state, Event event) {
 // Every registrar event; the table names those a state reacts to, the
 // rest must leave everything alone.
 const std::vector<Event> kAllEvents = {Event::rNew,      Event::rJoinIn, Event::rJoinMt,    Event::rLv,
-                                       Event::regLvAll,  Event::txLvAll, Event::redeclare,  Event::flush,
+                                       Event::regLvAll_,  Event::txLvAll, Event::redeclare,  Event::flush,
                                        Event::leaveTimer, Event::noEvent};
 
 // The received value equals the stored one: a repeated declaration.
@@ -114,14 +114,14 @@ const Row kRegistrarTable[] = {
   {State::in, {Event::rNew},                                     Log::joinReceived, Indication::join,  1, 0, LeaveTiming::none,          kNone,     State::in},
   {State::in, {Event::rJoinIn, Event::rJoinMt},                  Log::none,         Indication::none,  1, 0, LeaveTiming::none,          kNone,     State::in},
   {State::in, {Event::rLv},                                      Log::lvReceived,   Indication::none,  0, 0, LeaveTiming::explicitLeave, kExplicit, State::lv},
-  {State::in, {Event::regLvAll, Event::txLvAll, Event::redeclare}, Log::none,       Indication::none,  0, 0, LeaveTiming::general,       kGeneral,  State::lv},
+  {State::in, {Event::regLvAll_, Event::txLvAll, Event::redeclare}, Log::none,       Indication::none,  0, 0, LeaveTiming::general,       kGeneral,  State::lv},
   {State::in, {Event::flush},                                    Log::none,         Indication::none,  0, 0, LeaveTiming::none,          kNone,     State::mt},
   {State::in, {Event::leaveTimer},                               Log::none,         Indication::none,  0, 0, LeaveTiming::none,          kNone,     State::in},
   // An attribute in LV waits in the port and type's leave machine.
   {State::lv, {Event::rNew},                                     Log::none,         Indication::join,  1, 0, LeaveTiming::none,          kNone,     State::in},
   {State::lv, {Event::rJoinIn, Event::rJoinMt},                  Log::none,         Indication::none,  0, 0, LeaveTiming::none,          kNone,     State::in},
   {State::lv, {Event::rLv},                                      Log::lvReceived,   Indication::none,  0, 0, LeaveTiming::explicitLeave, kBoth,     State::lv},
-  {State::lv, {Event::regLvAll, Event::txLvAll, Event::redeclare}, Log::none,       Indication::none,  0, 0, LeaveTiming::general,       kGeneral,  State::lv},
+  {State::lv, {Event::regLvAll_, Event::txLvAll, Event::redeclare}, Log::none,       Indication::none,  0, 0, LeaveTiming::general,       kGeneral,  State::lv},
   {State::lv, {Event::flush},                                    Log::lvNotified,   Indication::leave, 0, 1, LeaveTiming::none,          kGeneral,  State::mt},
   {State::lv, {Event::leaveTimer},                               Log::lvNotified,   Indication::leave, 0, 1, LeaveTiming::none,          kNone,     State::mt},
   {State::mt, {Event::rNew, Event::rJoinIn, Event::rJoinMt},     Log::joinReceived, Indication::join,  1, 0, LeaveTiming::none,          kNone,     State::in},
@@ -452,7 +452,7 @@ TEST_F(RegistrarEdgeTest, TransmittedLeaveAllTimesTheLeaveWithTxLeaveAllExpiryTi
     {0.6,                  Event::txLvAll,    kPortLeaveTime},
     {1.7,                  Event::txLvAll,    1.7},
     {0.3,                  Event::txLvAll,    0.3},
-    {1.7,                  Event::regLvAll,   kPortLeaveTime},
+    {1.7,                  Event::regLvAll_,   kPortLeaveTime},
     {1.7,                  Event::redeclare,  kPortLeaveTime},
   };
   // clang-format on
@@ -561,11 +561,11 @@ TEST_F(RegistrarEdgeTest, AChangeOfTimersEnabledIsTraced) {
 TEST_F(RegistrarEdgeTest, CancellingAPortsLeavesDropsItsMachinesInBothMapsAndNoOtherPorts) {
   const Mrp::MrpAttribute otherPort{Velo::IntfId("p2"), 1, 10};
   vlan10Is(Applicant::qa, State::in);
-  received(Event::regLvAll);
+  received(Event::regLvAll_);
   vlan10Is(Applicant::qa, State::in);
   received(Event::rLv);
   currentAttributeIs(sm, otherPort, Applicant::qa, State::in);
-  received(Event::regLvAll);
+  received(Event::regLvAll_);
 
   const std::vector<std::string> lines = tracedAt(8, [&] { sm.registrarSm()->mrpCancelLeavePending(kPort); });
   EXPECT_EQ(std::count(lines.begin(), lines.end(), "Intf: p1 Leave pending deleted: 10"), 2);

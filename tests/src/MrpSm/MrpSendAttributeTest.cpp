@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -152,6 +154,13 @@ INSTANTIATE_TEST_SUITE_P(Events, MrpSendAttributeRequestTest,
 
 TEST_F(MrpSendAttributeTest, LeaveAllGoesIntoTheFirstPacketOfEachQueuedPortUnderThePreviousType) {
   const FixedLeaveAllPeriod fixed;
+  // p1's own period tells the request's writes from those of the ports' enabling.
+  msrp.config().intfLeaveAllTimeIs(kP1, 42.0);
+  const Quarn::Ptr<Mrp::MrpApplicationDatabase> status =
+      msrp.status().applicationDatabase(MrpApplication::msrp);
+  ASSERT_TRUE(status);
+  std::map<Velo::IntfId, std::optional<Quarn::Seconds>> enabled;
+  for (const Velo::IntfId& port : {kP2, kP3}) enabled[port] = status->leaveAllTime({port, 1});
   currentIs(kP1, 3, 0x77);
   lib.mrpOutIntfQueueEnq(kP1);
   lib.mrpOutIntfQueueEnq(kP2);
@@ -163,10 +172,8 @@ TEST_F(MrpSendAttributeTest, LeaveAllGoesIntoTheFirstPacketOfEachQueuedPortUnder
 
   expectCurrent(kP1, 3, 0x77);
   EXPECT_TRUE(lib.mrpOutIntfQueue().empty());
-  const Quarn::Ptr<Mrp::MrpApplicationDatabase> status =
-      msrp.status().applicationDatabase(MrpApplication::msrp);
-  ASSERT_TRUE(status);
   const Quarn::Seconds period = Mrp::getLeaveAllTime(msrp.sm(), kP1);
+  ASSERT_EQ(period, 42.0);
   for (const Velo::IntfId& port : {kP1, kP2, kP3}) {
     SCOPED_TRACE(port.name());
     EXPECT_TRUE(traces.contains("mrpSendAttribute: lvAllEvent_. intfId = " + port.name() + " attrType = 1"));
@@ -174,7 +181,10 @@ TEST_F(MrpSendAttributeTest, LeaveAllGoesIntoTheFirstPacketOfEachQueuedPortUnder
     EXPECT_FALSE(lib.mrpTxSecondPacketContext(port));
     // Under the type the context held before the call, not the request's.
     EXPECT_EQ(status->leaveAllTime({port, 3}), std::optional<Quarn::Seconds>(period));
-    EXPECT_FALSE(status->leaveAllTime({port, 1}));
+  }
+  for (const Velo::IntfId& port : {kP2, kP3}) {
+    ASSERT_TRUE(enabled[port]);
+    EXPECT_EQ(status->leaveAllTime({port, 1}), enabled[port]) << port << ": the request's own type is left alone";
   }
   flushAll();
   for (const char* port : {"p1", "p2", "p3"}) {
