@@ -74,7 +74,7 @@ MrpParseStatus MrpSm::packedEventsTooLong(std::size_t packedOctets, std::size_t 
   std::snprintf(text, sizeof text, "Number of values %d does not match with the packet bytes %d received on %s",
                 static_cast<int>(packedOctets), static_cast<int>(bytesLeft), parseContext_->intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
-  return parseEndedEarly("packed events");
+  return malformed(*mrpCounters_);
 }
 
 void MrpSm::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {

@@ -453,7 +453,10 @@ TEST_F(MrpSmParseTest, ValuelessVectorWithIgnoredBitsAlsoLacksItsListEndMark) {
   EXPECT_TRUE(keys().empty());
 }
 
-TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformed) {
+// Packed events longer than the frame are counted, and the attribute list
+// then looks for its EndMark where the packed events begin: counted again
+// unless it finds one there.
+TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformedAndEndNoList) {
   engineIs(MrpApplication::mvrp);
   context().attributeListBytesLeftIs(9);
   parse({
@@ -461,20 +464,73 @@ TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformed) {
       0x01, 0x02,  // VLAN identifier, AttributeLength 2
       0x00, 0x07,  // VectorHeader: 7 values, so 3 packed octets
       0x00, 0x0A,  // FirstValue
-      0x2B, 0x2B,  // only 2 packed octets
+      0x2B, 0x2B,  // only 2 packed octets, and no EndMark
   });
-  EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list";
   EXPECT_EQ(context().attributeListBytesLeft(), 0);
   EXPECT_TRUE(logged("Number of values 3 does not match with the packet bytes 2 received on Ethernet1"));
   EXPECT_TRUE(keys().empty()) << "nothing of the vector is dispatched";
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
 }
 
-TEST_F(MrpSmParseTest, ListenerPackedEventsLongerThanTheFrameAreMalformed) {
+// The largest vector there is, 8191 values in 2731 packed octets, in a frame
+// far shorter than that.
+Bytes mvrpVectorOf8191ValuesFollowedBy(const Bytes& rest) {
+  Bytes frame = {
+      0x00,        // ProtocolVersion
+      0x01, 0x02,  // VLAN identifier, AttributeLength 2
+      0x1F, 0xFF,  // VectorHeader: 8191 values
+      0x00, 0x0A,  // FirstValue: VLAN 10
+  };
+  frame.insert(frame.end(), rest.begin(), rest.end());
+  return frame;
+}
+
+TEST_F(MrpSmParseTest, VectorOf8191ValuesFollowedByOctetsThatAreNoEndMarkCountsTwice) {
+  engineIs(MrpApplication::mvrp);
+  parse(mvrpVectorOf8191ValuesFollowedBy({
+      0x2B, 0x2B, 0x2B,  // three packed octets
+      0x00, 0x00,        // and what would be the PDU's EndMark
+  }));
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list";
+  EXPECT_TRUE(logged("Number of values 2731 does not match with the packet bytes 5 received on Ethernet1"));
+  EXPECT_TRUE(keys().empty());
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
+}
+
+TEST_F(MrpSmParseTest, VectorOf8191ValuesFollowedByAnEndMarkCountsOnce) {
+  engineIs(MrpApplication::mvrp);
+  Quarn::Ptr<Velo::Pkt> pkt = parse(mvrpVectorOf8191ValuesFollowedBy({
+      0x00, 0x00,  // taken for the list's EndMark
+      0x00, 0x00,  // the PDU's EndMark
+  }));
+  EXPECT_EQ(counters().numOfMalformedPkts(), 1u) << "the packed events only: the list has ended";
+  EXPECT_TRUE(logged("Number of values 2731 does not match with the packet bytes 4 received on Ethernet1"));
+  EXPECT_EQ(pkt->bytes(), 2u) << "the list's EndMark was removed";
+  EXPECT_TRUE(keys().empty());
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed)) << "the vector's status";
+}
+
+TEST_F(MrpSmParseTest, MsrpPackedEventsLongerThanTheFrameBeforeAnEndMarkAlsoFailTheListLength) {
+  engineIs(MrpApplication::msrp);
+  parse({
+      0x00,                                            // ProtocolVersion
+      0x03, 0x08, 0x00, 0x10,                          // Listener, length 8, list length 16
+      0x00, 0x09,                                      // VectorHeader: 9 values, 3 + 3 packed octets
+      0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x00, 0x01,  // StreamID
+      0x00, 0x00,                                      // taken for the list's EndMark
+      0x00, 0x00,                                      // the PDU's EndMark
+  });
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list length left (0, not 2)";
+  EXPECT_TRUE(keys().empty());
+}
+
+TEST_F(MrpSmParseTest, ListenerPackedEventsLongerThanTheFrameAreMalformedAndEndNoList) {
   engineIs(MrpApplication::msrp);
   Bytes frame = Frames::msrpListenerFrame(Frames::kListenerListLength);
   frame.resize(frame.size() - 5);  // ends inside the four-packed octets
   parse(frame);
-  EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list";
   EXPECT_TRUE(logged("Number of values 4 does not match with the packet bytes 3 received on Ethernet1"));
   EXPECT_TRUE(keys().empty());
 }
