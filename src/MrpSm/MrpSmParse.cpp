@@ -159,8 +159,9 @@ void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& p
     auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context.attributeLength() +
                                           kMrpVectorHeaderOctets);
     if (skip > in.bytesLeft()) skip = static_cast<std::uint8_t>(in.bytesLeft());
-    // A step of 0 would read the same header forever.
-    if (skip == 0) {
+    // A step of 0 leaves the same word at the head: the message ends there
+    // when it is an EndMark, otherwise the skip would never end.
+    if (skip == 0 && word != 0) {
       parseEndedEarly("vector skipped by a step of 0 octets");
       return;
     }

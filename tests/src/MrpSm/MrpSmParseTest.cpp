@@ -702,15 +702,49 @@ TEST_F(MrpSmParseTest, FutureVersionSkipsALongMvrpVectorByItsSizeModulo256) {
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
 }
 
-TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsIsMalformed) {
+TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsEndsTheMessageAtAnEndMark) {
   engineIs(MrpApplication::mvrp);
   parse({
       0x01,        // ProtocolVersion 1
       0x02, 0xFE,  // AttributeType 2 (unknown), AttributeLength 254
-      0x00, 0x00,  // VectorHeader: no values; 0 + 254 + 2 = 256 skips 0 octets
+      0x00, 0x00,  // no values: 0 + 254 + 2 = 256 skips 0 octets, and this is the list's EndMark
+      0x01, 0x02,  // VLAN identifier, AttributeLength 2
+      0x00, 0x01,  // VectorHeader: 1 value
+      0x00, 0x0A,  // FirstValue: VLAN 10
+      0x24,        // JoinIn
+      0x00, 0x00,  // EndMark of the list
+      0x00, 0x00,  // EndMark of the MRPDU
+  });
+  EXPECT_EQ(counters().numOfMalformedPkts(), 0u);
+  EXPECT_EQ(keys(), (std::vector<MrpParsedAttributeKey>{{1, 10}}));
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
+}
+
+// A step of 0 octets in front of a word that is no EndMark would skip
+// nothing forever.
+TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsBeforeAVectorIsMalformed) {
+  engineIs(MrpApplication::mvrp);
+  parse({
+      0x01,              // ProtocolVersion 1
+      0x02, 0xFD,        // AttributeType 2 (unknown), AttributeLength 253
+      0x00, 0x01,        // VectorHeader: 1 value; 1 + 253 + 2 = 256 skips 0 octets
+      0xAA, 0xBB, 0xCC,  // the start of its FirstValue
+      0x00, 0x00,        // EndMark of the MRPDU
+  });
+  EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
+}
+
+TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsBeforeALeaveAllIsMalformed) {
+  engineIs(MrpApplication::mvrp);
+  parse({
+      0x01,        // ProtocolVersion 1
+      0x02, 0xFE,  // AttributeType 2 (unknown), AttributeLength 254
+      0x20, 0x00,  // VectorHeader: LeaveAll, no values; 0 + 254 + 2 = 256 skips 0 octets
       0x00, 0x00,  // EndMark of the MRPDU
   });
   EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_TRUE(engine->mrpRxLeaveAll().empty()) << "a skipped message is not read";
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
 }
 
