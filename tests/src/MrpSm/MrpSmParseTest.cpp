@@ -482,13 +482,14 @@ TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformedAndEndNoList) {
 // The largest vector there is, 8191 values in 2731 packed octets, in a frame
 // far shorter than that.
 Bytes mvrpVectorOf8191ValuesFollowedBy(const Bytes& rest) {
-  Bytes frame = {
+  const Bytes vector = {
       0x00,        // ProtocolVersion
       0x01, 0x02,  // VLAN identifier, AttributeLength 2
       0x1F, 0xFF,  // VectorHeader: 8191 values
       0x00, 0x0A,  // FirstValue: VLAN 10
   };
-  frame.insert(frame.end(), rest.begin(), rest.end());
+  Bytes frame(vector.size() + rest.size());
+  std::copy(rest.begin(), rest.end(), std::copy(vector.begin(), vector.end(), frame.begin()));
   return frame;
 }
 
