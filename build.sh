@@ -2,11 +2,14 @@
 # Builds libMrpSm and the mrp program, and runs them or the tests.
 #
 #   ./build.sh run     build (build/), then decode the sample capture with `mrp decode`
-#   ./build.sh test    build and run every test, plain (build/) and under
+#   ./build.sh test    build and run every test, plain (build/), optimised as a
+#                      release is (-O3, build-release/) and under
 #                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
 #                      then each fuzz target for a bounded time (build-fuzz/, clang)
 #
-# Missing build tools and libraries are installed with apt-get first.
+# Every configuration here treats warnings as errors (MRP_WERROR), so a new
+# warning stops the build where it is made. Missing build tools and libraries
+# are installed with apt-get first.
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -32,10 +35,11 @@ install_missing() {
 # ccache keyed on paths relative to the checkout, so clones share one cache.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 
-build() {  # build DIR [cmake options...]
+build() {  # [BUILD_TYPE=type] build DIR [cmake options...]
   local dir=$1
   shift
-  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" >/dev/null
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
+    -DMRP_WERROR=ON "$@" >/dev/null
   cmake --build "$dir" -j "$JOBS"
 }
 
@@ -43,8 +47,10 @@ run_tests() {  # run_tests DIR
   ctest --test-dir "$1" -j "$JOBS" --output-on-failure
 }
 
-# Each fuzz target runs over its seed corpus (fuzz/corpus/<target>/) and then
+# Each fuzz target runs over its corpus (fuzz/corpus/<target>/) and then
 # explores for FUZZ_SECONDS, under ASan + UBSan; any crash fails the run.
+# Its final coverage is printed on a line of its own: a figure that stays
+# near the target's own size means the fuzzer cannot see the library.
 run_fuzzers() {
   if ! command -v clang++ >/dev/null; then
     echo "build.sh: clang++ not found, fuzz targets not run"
@@ -53,13 +59,15 @@ run_fuzzers() {
   CC=clang CXX=clang++ build build-fuzz -DMRP_BUILD_FUZZ=ON -DMRP_SANITIZE=ON -DMRP_BUILD_TESTS=OFF
   for target in build-fuzz/fuzz/*_fuzzer; do
     [ -x "$target" ] || continue
-    local name corpus
+    local name corpus output
     name=$(basename "$target")
     corpus=$(mktemp -d)
+    output=$(mktemp)
     cp -r "fuzz/corpus/${name%_fuzzer}/." "$corpus/" 2>/dev/null || true
     echo "build.sh: fuzzing $name for ${FUZZ_SECONDS}s"
-    "$target" -max_total_time="$FUZZ_SECONDS" -print_final_stats=1 "$corpus"
-    rm -rf "$corpus"
+    "$target" -max_total_time="$FUZZ_SECONDS" -print_final_stats=1 "$corpus" 2>&1 | tee "$output"
+    echo "build.sh: $name final coverage: $(grep -o 'cov: [0-9]* ft: [0-9]*' "$output" | tail -n 1)"
+    rm -rf "$corpus" "$output"
   done
 }
 
@@ -73,6 +81,8 @@ case "${1:-}" in
     install_missing
     build build -DMRP_BUILD_BENCH=ON
     run_tests build
+    BUILD_TYPE=Release build build-release -DMRP_BUILD_BENCH=ON
+    run_tests build-release
     build build-san -DMRP_SANITIZE=ON
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests build-san
     run_fuzzers

@@ -398,7 +398,9 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // A parse step whose read would run past the frame: counts it once as
   // malformed and marks the frame so that no level above counts it again.
   MrpParseStatus parseEndedEarly(const char* what);
-  // The packed events of a vector reach past the frame: logged, then ended early.
+  // The packed events of a vector reach past the frame: logged and counted,
+  // but the frame has not ended early: the attribute list still looks for
+  // its EndMark behind the vector's FirstValue, and counts again without it.
   MrpParseStatus packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft);
 
   bool futureProtocolVersion_ = false;

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "MrpModel/MrpValueBytes.h"
+#include "MrpModel/MrpWireFormat.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
 #include "MrpSm/MrpSm.h"
@@ -12,19 +13,34 @@ namespace Mrp {
 
 namespace {
 
+// The store keeps a value as its FirstValue: the leading octets of the
+// value record, as many as the attribute type's FirstValue length. For a
+// Listener that is the StreamID alone; its declaration travels in the
+// four-packed events and is not part of the stored value.
+template <class Record>
+std::span<const std::uint8_t> firstValueBytes(const MrpLib& lib, std::uint8_t attributeType, const Record& value) {
+  const std::size_t length = mrpSizeOfAttribute(attributeType, static_cast<std::uint8_t>(lib.application()));
+  return valueBytes(value).first(std::min(length, sizeof(Record)));
+}
+
 void storeValue(MrpAttrDatabase& entry, std::span<const std::uint8_t> octets) {
   for (std::size_t i = 0; i < octets.size(); ++i) entry.attributeValueIs(ValueIndex(i), octets[i]);
 }
 
-// Decodes the stored octets into `field`, a value record.
+// Decodes the stored FirstValue into `field`, a value record; octets of the
+// record beyond the FirstValue keep what they hold.
 template <class Record>
-void loadValue(const MrpAttrDatabase& entry, Record& field) {
-  field = valueFromBytes<Record>(entry.attributeValues());
+void loadValue(const MrpLib& lib, std::uint8_t attributeType, const MrpAttrDatabase& entry, Record& field) {
+  std::array<std::uint8_t, sizeof(Record)> octets;
+  std::ranges::copy(valueBytes(field), octets.begin());
+  const std::size_t length = firstValueBytes(lib, attributeType, field).size();
+  std::copy_n(entry.attributeValues().begin(), length, octets.begin());
+  field = valueFromBytes<Record>(octets);
 }
 
 template <class Record>
-bool sameValue(const MrpAttrDatabase& entry, const Record& value) {
-  const auto octets = valueBytes(value);
+bool sameValue(const MrpLib& lib, std::uint8_t attributeType, const MrpAttrDatabase& entry, const Record& value) {
+  const std::span<const std::uint8_t> octets = firstValueBytes(lib, attributeType, value);
   const auto& stored = entry.attributeValues();
   return std::equal(octets.begin(), octets.end(), stored.begin());
 }
@@ -94,13 +110,15 @@ void MrpSm::mrpPopulateValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry,
 }
 
 void MrpSm::mrpPopulateMsrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
-  withMsrpValue(*mrpLib_, parseContext_->attributeType(), txAttribute,
-                [&](const auto& value) { storeValue(*entry, valueBytes(value)); });
+  const std::uint8_t type = parseContext_->attributeType();
+  withMsrpValue(*mrpLib_, type, txAttribute,
+                [&](const auto& value) { storeValue(*entry, firstValueBytes(*mrpLib_, type, value)); });
 }
 
 void MrpSm::mrpPopulateMvrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
-  withMvrpValue(*mrpLib_, parseContext_->attributeType(), txAttribute,
-                [&](const auto& value) { storeValue(*entry, valueBytes(value)); });
+  const std::uint8_t type = parseContext_->attributeType();
+  withMvrpValue(*mrpLib_, type, txAttribute,
+                [&](const auto& value) { storeValue(*entry, firstValueBytes(*mrpLib_, type, value)); });
 }
 
 void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute) {
@@ -123,11 +141,13 @@ void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute) {
 }
 
 void MrpSm::mrpFillMsrpContextFromDatabase(const MrpAttrDatabase& entry) {
-  withMsrpValue(*mrpLib_, parseContext_->attributeType(), true, [&](auto& field) { loadValue(entry, field); });
+  const std::uint8_t type = parseContext_->attributeType();
+  withMsrpValue(*mrpLib_, type, true, [&](auto& field) { loadValue(*mrpLib_, type, entry, field); });
 }
 
 void MrpSm::mrpFillMvrpContextFromDatabase(const MrpAttrDatabase& entry) {
-  withMvrpValue(*mrpLib_, parseContext_->attributeType(), true, [&](auto& field) { loadValue(entry, field); });
+  const std::uint8_t type = parseContext_->attributeType();
+  withMvrpValue(*mrpLib_, type, true, [&](auto& field) { loadValue(*mrpLib_, type, entry, field); });
 }
 
 bool MrpSm::mrpRxVectorSameAsDatabaseAttr() const {
@@ -145,8 +165,9 @@ bool MrpSm::msrpRxVectorSameAsDatabaseAttr() const {
   const Quarn::Ptr<MrpAttrDatabase> entry =
       mrpGetAttrFromDatabase(context.intfId(), context.attributeType(), context.attributeKey(), true);
   bool same = false;
-  withMsrpValue(*mrpLib_, context.attributeType(), false,
-                [&](const auto& value) { same = entry && sameValue(*entry, value); });
+  withMsrpValue(*mrpLib_, context.attributeType(), false, [&](const auto& value) {
+    same = entry && sameValue(*mrpLib_, context.attributeType(), *entry, value);
+  });
   return same;
 }
 

@@ -74,7 +74,7 @@ MrpParseStatus MrpSm::packedEventsTooLong(std::size_t packedOctets, std::size_t 
   std::snprintf(text, sizeof text, "Number of values %d does not match with the packet bytes %d received on %s",
                 static_cast<int>(packedOctets), static_cast<int>(bytesLeft), parseContext_->intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
-  return parseEndedEarly("packed events");
+  return malformed(*mrpCounters_);
 }
 
 void MrpSm::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
@@ -159,8 +159,9 @@ void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& p
     auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context.attributeLength() +
                                           kMrpVectorHeaderOctets);
     if (skip > in.bytesLeft()) skip = static_cast<std::uint8_t>(in.bytesLeft());
-    // A step of 0 would read the same header forever.
-    if (skip == 0) {
+    // A step of 0 leaves the same word at the head: the message ends there
+    // when it is an EndMark, otherwise the skip would never end.
+    if (skip == 0 && word != 0) {
       parseEndedEarly("vector skipped by a step of 0 octets");
       return;
     }

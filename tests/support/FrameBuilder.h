@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "MrpSm/MrpVectorEncoder.h"
 #include "quarn/Ptr.h"
 #include "velo/EthAddr.h"
+#include "velo/EthHdr.h"
 #include "velo/Pkt.h"
 
 namespace MrpTest {
@@ -119,13 +121,11 @@ class FrameBuilder {
   std::vector<std::uint8_t> frame(const Velo::EthAddr& src) const {
     const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application_);
     const std::vector<std::uint8_t> pdu = mrpdu();
-    std::vector<std::uint8_t> frame;
-    frame.reserve(14 + pdu.size());
-    frame.insert(frame.end(), framing.macAddr.octets().begin(), framing.macAddr.octets().end());
-    frame.insert(frame.end(), src.octets().begin(), src.octets().end());
-    frame.push_back(static_cast<std::uint8_t>(framing.etype >> 8));
-    frame.push_back(static_cast<std::uint8_t>(framing.etype & 0xff));
-    frame.insert(frame.end(), pdu.begin(), pdu.end());
+    // Sized once and written in place: nothing grows, so nothing can be
+    // written past what was allocated.
+    std::vector<std::uint8_t> frame(Velo::EthHdr::kSize + pdu.size());
+    Velo::EthHdr(framing.macAddr, src, framing.etype).toBytes(frame.data());
+    std::copy(pdu.begin(), pdu.end(), frame.begin() + Velo::EthHdr::kSize);
     return frame;
   }
 

@@ -196,13 +196,27 @@ TEST_F(MrpSmDatabaseTest, RxVectorOfATypeMsrpDoesNotHaveIsNotTheSame) {
   EXPECT_FALSE(engine->mrpRxVectorSameAsDatabaseAttr());
 }
 
-TEST_F(MrpSmDatabaseTest, ListenerWithAnotherDeclarationIsNotTheSame) {
+// A Listener's stored value is its FirstValue, the StreamID: the declaration
+// travels in the four-packed events and is neither stored nor compared.
+TEST_F(MrpSmDatabaseTest, ListenerWithAnotherDeclarationIsTheSame) {
   mrpLib->msrpListenerVectorRx() = Mrp::MsrpListenerAttribute(0x42, Mrp::MsrpListenerEvent::ready);
   currentIs(kEth1, 3, 0x42);
   engine->mrpGetAttribute(true);
   EXPECT_TRUE(engine->mrpRxVectorSameAsDatabaseAttr());
   mrpLib->msrpListenerVectorRx().listenerEventIs(Mrp::MsrpListenerEvent::askingFailed);
-  EXPECT_FALSE(engine->mrpRxVectorSameAsDatabaseAttr());
+  EXPECT_TRUE(engine->mrpRxVectorSameAsDatabaseAttr()) << "only the declaration changed";
+  mrpLib->msrpListenerVectorRx().streamIdIs(0x43);
+  EXPECT_FALSE(engine->mrpRxVectorSameAsDatabaseAttr()) << "another stream";
+}
+
+TEST_F(MrpSmDatabaseTest, ListenerFilledFromTheStoreTakesItsStreamAndKeepsTheTransmitDeclaration) {
+  auto stored = storedIs({kEth1, 3, 0x0011223344556677ULL});
+  storeOctets(*stored, {0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,  // StreamID
+                        0x03, 0x00, 0x00, 0x00});                        // not part of the stored value
+  mrpLib->msrpListenerVectorTx() = Mrp::MsrpListenerAttribute(0x99, Mrp::MsrpListenerEvent::ready);
+  engine->mrpFillContextFromDatabase({kEth1, 3, 0x0011223344556677ULL});
+  EXPECT_EQ(mrpLib->msrpListenerVectorTx(),
+            Mrp::MsrpListenerAttribute(0x0011223344556677ULL, Mrp::MsrpListenerEvent::ready));
 }
 
 TEST_F(MrpSmDatabaseTest, FillingTheContextOfAnAbsentAttributeMakesItCurrentAndLeavesTransmitFields) {
@@ -283,7 +297,8 @@ TEST_F(MrpSmMvrpDatabaseTest, TypeOutsideTheApplicationWritesAndFillsNothing) {
   EXPECT_EQ(mrpLib->mvrpVlanVectorTx().vlanId(), 0x0123);
 }
 
-// One value of each attribute type, with the octets the store holds for it.
+// One value of each attribute type, with the octets the store holds for it:
+// its FirstValue.
 struct ValueCase {
   std::string name;
   MrpApplication application;
@@ -336,10 +351,10 @@ const std::vector<ValueCase>& msrpValueCases() {
                 &MrpLib::msrpTalkerAdvertiseRx, kTalker, kTalkerOctets),
       valueCase("TalkerFailed", MrpApplication::msrp, 2, &MrpLib::msrpTalkerFailedTx, &MrpLib::msrpTalkerFailedRx,
                 talkerFailed(), talkerFailedOctets()),
+      // The declaration (Ready) is not part of the FirstValue.
       valueCase("Listener", MrpApplication::msrp, 3, &MrpLib::msrpListenerVectorTx, &MrpLib::msrpListenerVectorRx,
                 Mrp::MsrpListenerAttribute(0x0011223344556677ULL, Mrp::MsrpListenerEvent::ready),
-                {0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,  // StreamID
-                 0x02, 0x00, 0x00, 0x00}),                        // declaration Ready, least significant first
+                {0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}),  // StreamID
       valueCase("Domain", MrpApplication::msrp, 4, &MrpLib::msrpDomainVectorTx, &MrpLib::msrpDomainVectorRx,
                 Mrp::MsrpDomainAttribute(6, 3, 2), {0x06, 0x03, 0x00, 0x02}),
   };
@@ -358,6 +373,12 @@ class MrpSmValueTest : public DatabaseFixture, public ::testing::WithParamInterf
   MrpSmValueTest() {
     engineIs(GetParam().application);
     currentIs(kEth1, GetParam().attributeType, 0x42);
+  }
+  // The leading octets of a value field, as many as the stored value has.
+  Octets firstValueOf(MrpLib& lib, bool tx) const {
+    Octets octets = GetParam().octetsOf(lib, tx);
+    octets.resize(GetParam().octets.size());
+    return octets;
   }
   Octets padded(Octets octets) const {
     octets.resize(MrpAttrDatabase::kValueOctets, 0);
@@ -385,8 +406,9 @@ TEST_P(MrpSmValueTest, StoredValueIsDecodedIntoTheTransmitField) {
   auto stored = storedIs({kEth2, GetParam().attributeType, 0x43});
   storeOctets(*stored, GetParam().octets);
   engine->mrpFillContextFromDatabase({kEth2, GetParam().attributeType, 0x43});
-  EXPECT_EQ(GetParam().octetsOf(*mrpLib, true), GetParam().octets);
-  EXPECT_EQ(GetParam().octetsOf(*mrpLib, false), Octets(GetParam().octets.size(), 0)) << "receive field untouched";
+  EXPECT_EQ(firstValueOf(*mrpLib, true), GetParam().octets);
+  EXPECT_EQ(GetParam().octetsOf(*mrpLib, false), Octets(GetParam().octetsOf(*mrpLib, false).size(), 0))
+      << "receive field untouched";
   EXPECT_EQ(engine->parseContext()->intfId(), kEth2);
   EXPECT_EQ(engine->parseContext()->attributeKey(), 0x43u);
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <sstream>
 #include <string>
@@ -63,6 +64,11 @@ class MrpSmParseTest : public EngineFixture {
     const Mrp::ValueQueue& values = parsed(type, key)->attributeValues();
     for (unsigned i = 0; i < values.size(); ++i) octets.push_back(values.at(ValueIndex(i)));
     return octets;
+  }
+
+  // How often the parser traced `text`.
+  std::size_t traceCount(const std::string& text) const {
+    return std::ranges::count(traces.lines(), text, &Quarn::CaptureTraceSink::Line::text);
   }
 
   bool logged(const std::string& text) const {
@@ -142,6 +148,7 @@ TEST_F(MrpSmParseTest, LeaveAllOnlyVectorMarksTheTypeAndDispatchesNoValue) {
       0x00, 0x00,  // EndMark of the MRPDU
   });
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
+  EXPECT_EQ(traceCount("leaveAllEvent is True for Ethernet1"), 1u) << "mrpRxLeaveAllIs is called once";
   EXPECT_EQ(engine->mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{1, true}}));
   EXPECT_TRUE(engine->mrpParsedAttributes().empty());
   EXPECT_TRUE(keys().empty());
@@ -149,8 +156,7 @@ TEST_F(MrpSmParseTest, LeaveAllOnlyVectorMarksTheTypeAndDispatchesNoValue) {
   EXPECT_EQ(context().attributeKey(), 0u);
   EXPECT_EQ(context().attributeEvent(), 2) << "event 6, then 2";
   EXPECT_EQ(context().eventsCounter() - eventsBefore, 1u);
-  EXPECT_TRUE(traces.contains("leaveAllEvent is True for Ethernet1"));
-  EXPECT_TRUE(traces.contains(" leaveAllEvent is True"));
+  EXPECT_EQ(traceCount(" leaveAllEvent is True"), 1u);
   EXPECT_EQ(counters().numOfMalformedPkts(), 0u);
 }
 
@@ -453,7 +459,10 @@ TEST_F(MrpSmParseTest, ValuelessVectorWithIgnoredBitsAlsoLacksItsListEndMark) {
   EXPECT_TRUE(keys().empty());
 }
 
-TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformed) {
+// Packed events longer than the frame are counted, and the attribute list
+// then looks for its EndMark where the packed events begin: counted again
+// unless it finds one there.
+TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformedAndEndNoList) {
   engineIs(MrpApplication::mvrp);
   context().attributeListBytesLeftIs(9);
   parse({
@@ -461,20 +470,74 @@ TEST_F(MrpSmParseTest, PackedEventsLongerThanTheFrameAreMalformed) {
       0x01, 0x02,  // VLAN identifier, AttributeLength 2
       0x00, 0x07,  // VectorHeader: 7 values, so 3 packed octets
       0x00, 0x0A,  // FirstValue
-      0x2B, 0x2B,  // only 2 packed octets
+      0x2B, 0x2B,  // only 2 packed octets, and no EndMark
   });
-  EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list";
   EXPECT_EQ(context().attributeListBytesLeft(), 0);
   EXPECT_TRUE(logged("Number of values 3 does not match with the packet bytes 2 received on Ethernet1"));
   EXPECT_TRUE(keys().empty()) << "nothing of the vector is dispatched";
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
 }
 
-TEST_F(MrpSmParseTest, ListenerPackedEventsLongerThanTheFrameAreMalformed) {
+// The largest vector there is, 8191 values in 2731 packed octets, in a frame
+// far shorter than that.
+Bytes mvrpVectorOf8191ValuesFollowedBy(const Bytes& rest) {
+  const Bytes vector = {
+      0x00,        // ProtocolVersion
+      0x01, 0x02,  // VLAN identifier, AttributeLength 2
+      0x1F, 0xFF,  // VectorHeader: 8191 values
+      0x00, 0x0A,  // FirstValue: VLAN 10
+  };
+  Bytes frame(vector.size() + rest.size());
+  std::copy(rest.begin(), rest.end(), std::copy(vector.begin(), vector.end(), frame.begin()));
+  return frame;
+}
+
+TEST_F(MrpSmParseTest, VectorOf8191ValuesFollowedByOctetsThatAreNoEndMarkCountsTwice) {
+  engineIs(MrpApplication::mvrp);
+  parse(mvrpVectorOf8191ValuesFollowedBy({
+      0x2B, 0x2B, 0x2B,  // three packed octets
+      0x00, 0x00,        // and what would be the PDU's EndMark
+  }));
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list";
+  EXPECT_TRUE(logged("Number of values 2731 does not match with the packet bytes 5 received on Ethernet1"));
+  EXPECT_TRUE(keys().empty());
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
+}
+
+TEST_F(MrpSmParseTest, VectorOf8191ValuesFollowedByAnEndMarkCountsOnce) {
+  engineIs(MrpApplication::mvrp);
+  Quarn::Ptr<Velo::Pkt> pkt = parse(mvrpVectorOf8191ValuesFollowedBy({
+      0x00, 0x00,  // taken for the list's EndMark
+      0x00, 0x00,  // the PDU's EndMark
+  }));
+  EXPECT_EQ(counters().numOfMalformedPkts(), 1u) << "the packed events only: the list has ended";
+  EXPECT_TRUE(logged("Number of values 2731 does not match with the packet bytes 4 received on Ethernet1"));
+  EXPECT_EQ(pkt->bytes(), 2u) << "the list's EndMark was removed";
+  EXPECT_TRUE(keys().empty());
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed)) << "the vector's status";
+}
+
+TEST_F(MrpSmParseTest, MsrpPackedEventsLongerThanTheFrameBeforeAnEndMarkAlsoFailTheListLength) {
+  engineIs(MrpApplication::msrp);
+  parse({
+      0x00,                                            // ProtocolVersion
+      0x03, 0x08, 0x00, 0x10,                          // Listener, length 8, list length 16
+      0x00, 0x09,                                      // VectorHeader: 9 values, 3 + 3 packed octets
+      0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x00, 0x01,  // StreamID
+      0x00, 0x00,                                      // taken for the list's EndMark
+      0x00, 0x00,                                      // the PDU's EndMark
+  });
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list length left (0, not 2)";
+  EXPECT_TRUE(keys().empty());
+}
+
+TEST_F(MrpSmParseTest, ListenerPackedEventsLongerThanTheFrameAreMalformedAndEndNoList) {
   engineIs(MrpApplication::msrp);
   Bytes frame = Frames::msrpListenerFrame(Frames::kListenerListLength);
   frame.resize(frame.size() - 5);  // ends inside the four-packed octets
   parse(frame);
-  EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_EQ(counters().numOfMalformedPkts(), 2u) << "the packed events, then the list";
   EXPECT_TRUE(logged("Number of values 4 does not match with the packet bytes 3 received on Ethernet1"));
   EXPECT_TRUE(keys().empty());
 }
@@ -646,15 +709,49 @@ TEST_F(MrpSmParseTest, FutureVersionSkipsALongMvrpVectorByItsSizeModulo256) {
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
 }
 
-TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsIsMalformed) {
+TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsEndsTheMessageAtAnEndMark) {
   engineIs(MrpApplication::mvrp);
   parse({
       0x01,        // ProtocolVersion 1
       0x02, 0xFE,  // AttributeType 2 (unknown), AttributeLength 254
-      0x00, 0x00,  // VectorHeader: no values; 0 + 254 + 2 = 256 skips 0 octets
+      0x00, 0x00,  // no values: 0 + 254 + 2 = 256 skips 0 octets, and this is the list's EndMark
+      0x01, 0x02,  // VLAN identifier, AttributeLength 2
+      0x00, 0x01,  // VectorHeader: 1 value
+      0x00, 0x0A,  // FirstValue: VLAN 10
+      0x24,        // JoinIn
+      0x00, 0x00,  // EndMark of the list
+      0x00, 0x00,  // EndMark of the MRPDU
+  });
+  EXPECT_EQ(counters().numOfMalformedPkts(), 0u);
+  EXPECT_EQ(keys(), (std::vector<MrpParsedAttributeKey>{{1, 10}}));
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
+}
+
+// A step of 0 octets in front of a word that is no EndMark would skip
+// nothing forever.
+TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsBeforeAVectorIsMalformed) {
+  engineIs(MrpApplication::mvrp);
+  parse({
+      0x01,              // ProtocolVersion 1
+      0x02, 0xFD,        // AttributeType 2 (unknown), AttributeLength 253
+      0x00, 0x01,        // VectorHeader: 1 value; 1 + 253 + 2 = 256 skips 0 octets
+      0xAA, 0xBB, 0xCC,  // the start of its FirstValue
+      0x00, 0x00,        // EndMark of the MRPDU
+  });
+  EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
+}
+
+TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsBeforeALeaveAllIsMalformed) {
+  engineIs(MrpApplication::mvrp);
+  parse({
+      0x01,        // ProtocolVersion 1
+      0x02, 0xFE,  // AttributeType 2 (unknown), AttributeLength 254
+      0x20, 0x00,  // VectorHeader: LeaveAll, no values; 0 + 254 + 2 = 256 skips 0 octets
       0x00, 0x00,  // EndMark of the MRPDU
   });
   EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
+  EXPECT_TRUE(engine->mrpRxLeaveAll().empty()) << "a skipped message is not read";
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
 }
 

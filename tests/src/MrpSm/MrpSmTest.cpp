@@ -102,16 +102,6 @@ INSTANTIATE_TEST_SUITE_P(Applications, MaxAttrTypesTest,
                                            MaxAttrTypesCase{3, 0}, MaxAttrTypesCase{255, 0}),
                          [](const auto& info) { return "application" + std::to_string(info.param.application); });
 
-TEST_F(MrpSmTest, CountersReadZeroRightAfterTheSwitchToActive) {
-  auto engine = engineNew(MrpApplication::mvrp, true);
-  engine->standbyModeIs(false);
-  engine->handleStandbyMode();
-  const auto& c = *engine->mrpCounters();
-#define MRP_EXPECT_ZERO(counter) EXPECT_EQ(c.counter(), 0u) << #counter;
-  MRP_COUNTERS(MRP_EXPECT_ZERO)
-#undef MRP_EXPECT_ZERO
-}
-
 TEST_F(MrpSmTest, SwitchToActiveIndexesExactlyTheStoredPortsAndTypesWithTheirKeys) {
   auto db = mrpStatus->applicationDatabaseIs(MrpApplication::msrp);
   const Velo::IntfId eth1("Ethernet1"), eth2("Ethernet2");
