@@ -22,13 +22,6 @@
 
 namespace MrpBench {
 
-// Takes the engine's structured log lines (formatted by the engine) and
-// drops them: where an agent sends them is not the library's cost.
-class DroppingLogSink : public Quarn::LogSink {
- public:
-  void log(const Quarn::LogMessage&, const std::string&) override {}
-};
-
 // An active engine for one application on a simulated clock, with ports
 // Ethernet1 .. EthernetN, each wired to a far end that the program holds.
 // The clock, the port factory and the log sink are the process's while it
@@ -93,7 +86,8 @@ class WiredEngine {
  private:
   static inline const Velo::EthAddr kFarAddr{2, 0, 0, 0, 2, 1};
 
-  DroppingLogSink logSink_;
+  // The engine formats its log lines; where an agent sends them is not its cost.
+  Quarn::DiscardLogSink logSink_;
   Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
   Quarn::Ptr<Velo::MemPamFactory> factory_ = new Velo::MemPamFactory;
   std::vector<Velo::IntfId> ports_;

@@ -42,12 +42,6 @@ using Mrp::MrpApplication;
 using Mrp::MrpParsedAttributeKey;
 using Octets = std::vector<std::uint8_t>;
 
-// The parser logs every malformed frame; here a malformed frame aborts anyway.
-class DiscardLogSink : public Quarn::LogSink {
- public:
-  void log(const Quarn::LogMessage&, const std::string&) override {}
-};
-
 [[noreturn]] void roundTripFailed(const char* what) {
   std::fprintf(stderr, "encode round trip: %s\n", what);
   std::abort();
@@ -422,7 +416,8 @@ class RoundTrip {
   Mrp::MvrpVlanAttribute vlan_;
 };
 
-DiscardLogSink discardLogSink;
+// The parser logs every malformed frame; the fuzzer has no use for them.
+Quarn::DiscardLogSink discardLogSink;
 Quarn::Ptr<Mrp::MrpSm> msrpEngine;
 Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
 

@@ -12,12 +12,7 @@
 namespace {
 
 // The parser logs every malformed frame; the fuzzer has no use for them.
-class DiscardLogSink : public Quarn::LogSink {
- public:
-  void log(const Quarn::LogMessage&, const std::string&) override {}
-};
-
-DiscardLogSink discardLogSink;
+Quarn::DiscardLogSink discardLogSink;
 Quarn::Ptr<Mrp::MrpSm> msrpEngine;
 Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
 

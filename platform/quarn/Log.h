@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Quarn {
@@ -23,24 +24,38 @@ inline constexpr const char* kNoActionRequired = "No action is required";
 class LogSink {
  public:
   virtual ~LogSink() = default;
-  virtual void log(const LogMessage& message, const std::string& text) = 0;
+  virtual void log(const LogMessage& message, std::string_view text) = 0;
 };
 
 // Installs a sink; nullptr restores the default.
 void logSinkIs(LogSink* sink);
-void logEmit(const LogMessage& message, const std::string& text);
+void logEmit(const LogMessage& message, std::string_view text);
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
+// Formats on the stack; only a line longer than that is formatted again on the heap.
 template <class... Args>
 void log(const LogMessage& message, Args... args) {
-  int n = std::snprintf(nullptr, 0, message.format, args...);
-  std::string text(n > 0 ? static_cast<std::size_t>(n) : 0, '\0');
-  if (n > 0) std::snprintf(text.data(), text.size() + 1, message.format, args...);
+  char line[512];
+  const int n = std::snprintf(line, sizeof line, message.format, args...);
+  if (n < 0) return;
+  if (static_cast<std::size_t>(n) < sizeof line) {
+    logEmit(message, std::string_view(line, static_cast<std::size_t>(n)));
+    return;
+  }
+  std::string text(static_cast<std::size_t>(n), '\0');
+  std::snprintf(text.data(), text.size() + 1, message.format, args...);
   logEmit(message, text);
 }
 #pragma GCC diagnostic pop
+
+// Drops every line, for programs that run the engine without a log: the
+// lines are still formatted.
+class DiscardLogSink : public LogSink {
+ public:
+  void log(const LogMessage&, std::string_view) override {}
+};
 
 // Records log lines while it exists.
 class CaptureLogSink : public LogSink {
@@ -53,7 +68,7 @@ class CaptureLogSink : public LogSink {
 
   CaptureLogSink();
   ~CaptureLogSink() override;
-  void log(const LogMessage& message, const std::string& text) override;
+  void log(const LogMessage& message, std::string_view text) override;
   const std::vector<Line>& lines() const { return lines_; }
 
  private:

@@ -7,17 +7,22 @@
 
 #include "MrpModel/MrpValueText.h"
 
-// Defines the output operator of an enumeration from its value list
-// X(name, code, text): the value's text, or its number when it has none.
-#define MRP_ENUM_OUTPUT_CASE(name, code, text) \
-  case EnumType::name:                         \
-    return os << text;
+// Defines, from an enumeration's value list X(name, code, text), its text
+// function (the value's text, null for a code without a name) and its
+// output operator (the value's text, or its number when it has none).
+#define MRP_ENUM_TEXT_CASE(name, code, text) \
+  case EnumType::name:                       \
+    return text;
 
-#define MRP_ENUM_OUTPUT_OPERATOR(Enum, VALUES)             \
-  std::ostream& operator<<(std::ostream& os, Enum value) { \
-    using EnumType = Enum;                                 \
-    switch (value) { VALUES(MRP_ENUM_OUTPUT_CASE) }        \
-    return os << static_cast<unsigned>(value);             \
+#define MRP_ENUM_OUTPUT_OPERATOR(Enum, VALUES)                    \
+  const char* enumText(Enum value) {                              \
+    using EnumType = Enum;                                        \
+    switch (value) { VALUES(MRP_ENUM_TEXT_CASE) }                 \
+    return nullptr;                                               \
+  }                                                               \
+  std::ostream& operator<<(std::ostream& os, Enum value) {        \
+    if (const char* text = enumText(value)) return os << text;    \
+    return os << static_cast<unsigned>(value);                    \
   }
 
 // Defines `std::optional<Enum> function(std::string_view)`, the inverse of the

@@ -21,6 +21,8 @@ enum class MsrpListenerEvent : std::uint32_t {
 };
 
 std::ostream& operator<<(std::ostream& os, MsrpListenerEvent value);
+// The value's name; null for a code without one.
+const char* enumText(MsrpListenerEvent value);
 // The value named by its text or its number; nullopt for anything else.
 std::optional<MsrpListenerEvent> msrpListenerEventFromText(std::string_view text);
 

@@ -2,8 +2,6 @@
 
 #include <cstdio>
 #include <ios>
-#include <sstream>
-#include <string>
 
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpSm/MrpSm.h"
@@ -18,18 +16,20 @@ using State = MrpRegistrarState;
 
 namespace {
 
-template <class T>
-std::string textOf(const T& value) {
-  std::ostringstream text;
-  text << value;
-  return text.str();
-}
-
-std::string hexKey(std::uint64_t key) {
-  std::ostringstream text;
-  text << "0x" << std::hex << key;
-  return text.str();
-}
+// The fields of the join and leave log lines, formatted without streams:
+// a line is written for every registration. `attribute` must outlive them.
+struct LogFields {
+  LogFields(const MrpAttribute& attribute, MrpRegistrarState state, MrpRegistrarEvent event)
+      : port(attribute.intfId.name().c_str()), state(enumText(state)), event(enumText(event)) {
+    std::snprintf(type, sizeof type, "%u", static_cast<unsigned>(attribute.attributeType));
+    std::snprintf(key, sizeof key, "0x%llx", static_cast<unsigned long long>(attribute.attributeKey));
+  }
+  const char* port;
+  const char* state;
+  const char* event;
+  char type[4];
+  char key[19];
+};
 
 }  // namespace
 
@@ -226,14 +226,14 @@ void MrpRegistrarSm::leaveIndication() {
 
 void MrpRegistrarSm::logJoin(State state, Event event) const {
   const MrpAttribute attribute = currentAttribute();
-  Quarn::log(MRP_JOIN, attribute.intfId.name().c_str(), std::to_string(attribute.attributeType).c_str(),
-             hexKey(attribute.attributeKey).c_str(), textOf(state).c_str(), textOf(event).c_str());
+  const LogFields f(attribute, state, event);
+  Quarn::log(MRP_JOIN, f.port, f.type, f.key, f.state, f.event);
 }
 
 void MrpRegistrarSm::logLeave(const char* how, State state, Event event) const {
   const MrpAttribute attribute = currentAttribute();
-  Quarn::log(MRP_LV, how, attribute.intfId.name().c_str(), std::to_string(attribute.attributeType).c_str(),
-             hexKey(attribute.attributeKey).c_str(), textOf(state).c_str(), textOf(event).c_str());
+  const LogFields f(attribute, state, event);
+  Quarn::log(MRP_LV, how, f.port, f.type, f.key, f.state, f.event);
 }
 
 // ---- Leave timing.
