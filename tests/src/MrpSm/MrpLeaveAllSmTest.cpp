@@ -239,22 +239,24 @@ TEST_F(MrpLeaveAllSmTest, WalkGoesOnWhenTheAttributeItHandlesIsDeleted) {
 // ---- The agent's LeaveAll request
 
 TEST_F(MrpLeaveAllSmTest, LeaveAllRequestWithThreePortsQueuedSendsOnEachAndRestartsEachPortsTimer) {
-  ScenarioEngine& e = engineNew("E", MrpApplication::mvrp);
+  ScenarioEngine& e = engineNew("E", MrpApplication::msrp);
   const std::vector<std::string> ports{"p1", "p2", "p3"};
   for (const std::string& port : ports) portUp(e, port);
   portUp(e, "p4");
   advance(4);
-  // The request restarts the type that the engine's context held before it.
-  e.sm().parseContext()->attributeTypeIs(1);
+  // The request sends a Talker Advertise LeaveAll but restarts the type the
+  // engine's context held before it (here Listener), deliberately.
+  e.sm().parseContext()->attributeTypeIs(3);
   Mrp::MrpLib& lib = e.lib();
   for (const std::string& port : ports) lib.mrpOutIntfQueueEnq(Velo::IntfId(port));
   lib.mrpSendAttribute({kP1, 1, kLeaveAll});
+  EXPECT_EQ(e.sm().parseContext()->attributeType(), 3) << "the context is restored";
   for (const std::string& port : ports) {
-    const auto packet = lib.mrpTxPacketContext(Velo::IntfId(port));
-    ASSERT_NE(packet, nullptr) << port;
-    EXPECT_DOUBLE_EQ(coordinator(e).intfLeaveAllSm(Velo::IntfId(port))->leaveAllPending(1)->expiryTime(), 14.0)
-        << port;
-    EXPECT_EQ(published(e, port, 1), 10.0) << port;
+    ASSERT_NE(lib.mrpTxPacketContext(Velo::IntfId(port)), nullptr) << port;
+    const auto machine = coordinator(e).intfLeaveAllSm(Velo::IntfId(port));
+    EXPECT_DOUBLE_EQ(machine->leaveAllPending(3)->expiryTime(), 14.0) << port;
+    EXPECT_DOUBLE_EQ(machine->leaveAllPending(1)->expiryTime(), 10.0) << port;
+    EXPECT_EQ(published(e, port, 3), 10.0) << port;
   }
   EXPECT_EQ(lib.mrpTxPacketContext(Velo::IntfId("p4")), nullptr);
   advance(kTick);
@@ -264,10 +266,18 @@ TEST_F(MrpLeaveAllSmTest, LeaveAllRequestWithThreePortsQueuedSendsOnEachAndResta
     EXPECT_EQ(frames[0].leaveAll, Types{1}) << port;
   }
   advance(10 - 4 - kTick);
-  for (const std::string& port : ports) EXPECT_TRUE(takeFrames(port).empty()) << port << " at 10 s";
-  EXPECT_EQ(leaveAllTimesOf(takeFrames("p4")).size(), 1u) << "p4 was not queued";
+  for (const std::string& port : ports) {
+    const std::vector<SentFrame> frames = leaveAllFramesOf(takeFrames(port));
+    ASSERT_EQ(frames.size(), 1u) << port;
+    EXPECT_EQ(frames[0].leaveAll, (Types{1, 2, 4})) << port << ": the Listener's LeaveAll waits";
+  }
+  EXPECT_EQ(leaveAllFramesOf(takeFrames("p4")).at(0).leaveAll, (Types{1, 2, 3, 4})) << "p4 was not queued";
   advance(4);
-  for (const std::string& port : ports) EXPECT_EQ(leaveAllTimesOf(takeFrames(port)).size(), 1u) << port;
+  for (const std::string& port : ports) {
+    const std::vector<SentFrame> frames = leaveAllFramesOf(takeFrames(port));
+    ASSERT_EQ(frames.size(), 1u) << port;
+    EXPECT_EQ(frames[0].leaveAll, Types{3}) << port;
+  }
 }
 
 // ---- LeaveAll on every type of a port, on management's request
