@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <optional>
 #include <set>
+#include <stdexcept>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -103,6 +105,7 @@ struct PortPeriodCase {
   std::optional<Quarn::Seconds> intfLeaveAllTime;
   Quarn::Seconds firstLeaveAll;
 };
+void PrintTo(const PortPeriodCase& c, std::ostream* os) { *os << c.name; }
 
 class MrpIntfLeaveAllSmPortPeriodTest : public MrpIntfLeaveAllSmTest,
                                         public ::testing::WithParamInterface<PortPeriodCase> {};

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <optional>
 #include <set>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -112,6 +113,7 @@ struct ApplicationTypes {
   MrpApplication application;
   Types types;
 };
+void PrintTo(const ApplicationTypes& a, std::ostream* os) { *os << a.name; }
 
 class MrpLeaveAllSmApplicationTest : public MrpLeaveAllSmTest,
                                      public ::testing::WithParamInterface<ApplicationTypes> {};

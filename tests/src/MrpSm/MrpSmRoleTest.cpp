@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -80,6 +82,7 @@ struct RoleChange {
   unsigned newRole;
   Action action;
 };
+void PrintTo(const RoleChange& change, std::ostream* os) { *os << change.name; }
 
 class MrpSmRoleTableTest : public MrpSmRoleTest, public ::testing::WithParamInterface<RoleChange> {};
 
@@ -132,6 +135,7 @@ struct FirstRole {
   unsigned before;  // while the port was not yet wanted, so never judged
   unsigned first;
 };
+void PrintTo(const FirstRole& role, std::ostream* os) { *os << role.name; }
 
 class MrpSmFirstRoleTest : public MrpSmRoleTest, public ::testing::WithParamInterface<FirstRole> {};
 
