@@ -1,0 +1,170 @@
+// LeaveAll on a port with every VLAN registered: the port's LeaveAll timer
+// expiring (txLA! to the applicant and registrar of each of the 4094
+// registrations, their leave timing and the frames it sends) and a LeaveAll
+// received on that port (rLA! to each, its answer and the leave timing),
+// beside a baseline measured in the same run: the peer's PDU declaring all
+// 4094 VLANs received on the same port.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "MrpSm/MrpIntfLeaveAllSm.h"
+#include "MrpSm/MrpLeaveAllSm.h"
+#include "MrpSm/MrpLib.h"
+#include "MrpSm/MrpSm.h"
+#include "quarn/Clock.h"
+#include "quarn/System.h"
+#include "support/FrameBuilder.h"
+#include "support/StandaloneEngine.h"
+#include "velo/EthHdr.h"
+#include "velo/MemPam.h"
+#include "velo/PamFactory.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::uint16_t kAllVlans = 4094;
+const Velo::IntfId kPort("Ethernet1");
+const Velo::EthAddr kPeerMac(2, 0, 0, 0, 0, 1);
+
+// An active MVRP engine whose port Ethernet1 has registered VLANs 1 to 4094
+// from the peer at the far end of an in-memory wire.
+class LeaveAllBench {
+ public:
+  LeaveAllBench() {
+    Quarn::System::clockIs(clock_);
+    Velo::pamFactoryIs(factory_);
+    Quarn::Ptr<Velo::MemWire> wire =
+        new Velo::MemWire(kPort, Velo::EthAddr(2, 0, 0, 0, 0, 2), Velo::IntfId("peer"), kPeerMac, clock_);
+    factory_->pamIs(wire->a());
+    peer_ = wire->b();
+    engine_ = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+    engine_->mrpLib()->mrpInterfaceEnable(kPort);
+
+    Mrp::MrpLib& lib = *engine_->mrpLib();
+    MrpTest::FrameBuilder allVlans(lib, Mrp::MrpApplication::mvrp);
+    allVlans.message(1).vlan(Mrp::MvrpVlanAttribute(1), kJoinIn);
+    for (std::uint16_t vlan = 2; vlan <= kAllVlans; ++vlan) allVlans.append(kJoinIn);
+    allVlansJoinIn_ = frameOf(lib, allVlans.mrpdu());
+    MrpTest::FrameBuilder leaveAll(lib, Mrp::MrpApplication::mvrp);
+    leaveAll.message(1).vlan(Mrp::MvrpVlanAttribute(0), kLeaveAllOnly);
+    leaveAll_ = frameOf(lib, leaveAll.mrpdu());
+
+    receive(*allVlansJoinIn_);
+    clock_->advance(1);  // the additions are committed
+    drainPeer();
+  }
+  ~LeaveAllBench() {
+    engine_ = nullptr;
+    Velo::pamFactoryIs(nullptr);
+    Quarn::System::clockIs(nullptr);
+  }
+
+  // The frame arrives on the port and is handled completely.
+  void receive(const Velo::Pkt& frame) {
+    peer_->txPkt(frame);
+    clock_->advance(0);
+  }
+  void receiveAllVlans() { receive(*allVlansJoinIn_); }
+  void receiveLeaveAll() { receive(*leaveAll_); }
+
+  // Every registration back in IN with no leave timing, as the peer's next
+  // declaration leaves them, and nothing left on the wire.
+  void reregister() {
+    receiveAllVlans();
+    drainPeer();
+  }
+  void leaveAllTimerExpires() {
+    Mrp::MrpIntfLeaveAllSm& machine = *engine_->leaveAllSm()->intfLeaveAllSm(kPort);
+    machine.leaveAllPending(1)->expiryTimeIs(clock_->now());
+    machine.handleLeaveAllTimer();
+  }
+  // Sent frames collect at the peer: count and drop them.
+  std::size_t drainPeer() {
+    std::size_t frames = 0;
+    while (peer_->rxPkt()) ++frames;
+    return frames;
+  }
+
+  std::uint64_t registered() const {
+    const Quarn::Ptr<Mrp::MrpAttrIter> iter = engine_->mrpAttrIter({kPort, 1});
+    return iter ? iter->attributeKeys().size() : 0;
+  }
+
+ private:
+  static constexpr std::uint8_t kJoinIn = 1, kLeaveAllOnly = 6;
+
+  // `mrpdu` from the peer, behind the application's address and EtherType.
+  static Quarn::Ptr<Velo::Pkt> frameOf(const Mrp::MrpLib& lib, const Bytes& mrpdu) {
+    Bytes frame(Velo::EthHdr::kSize);
+    Velo::EthHdr(lib.applicationMacAddr(), kPeerMac, lib.applicationEtype()).toBytes(frame.data());
+    frame.insert(frame.end(), mrpdu.begin(), mrpdu.end());
+    return Velo::Pkt::pktNew(frame.data(), frame.size());
+  }
+
+  Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
+  Quarn::Ptr<Velo::MemPamFactory> factory_ = new Velo::MemPamFactory;
+  Quarn::Ptr<Mrp::MrpSm> engine_;
+  Quarn::Ptr<Velo::MemPam> peer_;
+  Quarn::Ptr<Velo::Pkt> allVlansJoinIn_;
+  Quarn::Ptr<Velo::Pkt> leaveAll_;
+};
+
+void checkRegistered(benchmark::State& state, const LeaveAllBench& bench) {
+  if (bench.registered() != kAllVlans) state.SkipWithError("the port lost registrations");
+}
+
+// Baseline: the peer's periodic declaration of all 4094 VLANs, received on
+// the port that has them registered (parse, then applicant and registrar
+// for each).
+void BM_ReceivedAllVlansBaseline(benchmark::State& state) {
+  LeaveAllBench bench;
+  for (auto _ : state) bench.receiveAllVlans();
+  state.SetItemsProcessed(state.iterations() * kAllVlans);
+  checkRegistered(state, bench);
+}
+
+// The port's LeaveAll timer expires: txLA! for each registration, the In
+// messages and the LeaveAll they carry sent on the wire.
+void BM_LeaveAllTimerExpiry(benchmark::State& state) {
+  LeaveAllBench bench;
+  std::size_t frames = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    frames += bench.drainPeer();
+    bench.reregister();
+    state.ResumeTiming();
+    bench.leaveAllTimerExpires();
+  }
+  frames += bench.drainPeer();
+  state.SetItemsProcessed(state.iterations() * kAllVlans);
+  state.counters["frames"] = benchmark::Counter(static_cast<double>(frames) / state.iterations());
+  checkRegistered(state, bench);
+}
+
+// A LeaveAll from the peer arrives: rLA! for each registration, the In
+// messages that answer it sent on the wire.
+void BM_ReceivedLeaveAll(benchmark::State& state) {
+  LeaveAllBench bench;
+  std::size_t frames = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    frames += bench.drainPeer();
+    bench.reregister();
+    state.ResumeTiming();
+    bench.receiveLeaveAll();
+  }
+  frames += bench.drainPeer();
+  state.SetItemsProcessed(state.iterations() * kAllVlans);
+  state.counters["frames"] = benchmark::Counter(static_cast<double>(frames) / state.iterations());
+  checkRegistered(state, bench);
+}
+
+BENCHMARK(BM_ReceivedAllVlansBaseline)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_LeaveAllTimerExpiry)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ReceivedLeaveAll)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
