@@ -63,8 +63,10 @@ void MrpIntfLeaveAllSm::handleLeaveAllTimer() {
     }
   }
   mrpSm_->mrpTransmitTxAttributes(intfId_);
-  // A type that is overdue is served on the next tick.
-  if (now() > next) next = now() + kEarlyService;
+  // A type that is overdue is served on the next tick; so is one due now,
+  // which a period of 0 makes, so the timer cannot fire again and again
+  // within the tick.
+  if (now() >= next) next = now() + kEarlyService;
   leaveAllTimer_.timeIs(next);
 }
 

@@ -323,6 +323,18 @@ TEST_F(MrpIntfLeaveAllSmTest, AnOverdueTypeRearmsTheTimerATenthOfASecondAfterThe
   EXPECT_EQ(leaveAllTimesOf(takeFrames("p1")).size(), 1u) << "served again on the next tick";
 }
 
+TEST_F(MrpIntfLeaveAllSmTest, APeriodOfZeroSendsALeaveAllEveryTenthOfASecondAndNeverSpins) {
+  ScenarioEngine& e = engineNew("E", MrpApplication::mvrp);
+  portUp(e, "p1");
+  advance(3);
+  e.config().leaveAllTimeIs(0);
+  advance(1);
+  const std::size_t sent = leaveAllTimesOf(takeFrames("p1")).size();
+  EXPECT_GE(sent, 9u);
+  EXPECT_LE(sent, 11u);
+  EXPECT_NEAR(machine(e, "p1").leaveAllTimerTime(), now() + kTick, kTick);
+}
+
 // ---- Configuration changes
 
 TEST_F(MrpIntfLeaveAllSmTest, ChangingLeaveAllTimeRestartsEveryPortWithAFreshPeriod) {
