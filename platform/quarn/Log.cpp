@@ -1,5 +1,7 @@
 #include "quarn/Log.h"
 
+#include <cstring>
+
 namespace Quarn {
 
 namespace {
@@ -15,6 +17,36 @@ StderrLogSink stderrLogSink;
 LogSink* activeSink = &stderrLogSink;
 
 }  // namespace
+
+bool formatStrings(char* out, std::size_t size, const char* format, const char* const* args, std::size_t count,
+                   std::size_t& length) {
+  std::size_t n = 0;
+  std::size_t next = 0;
+  const auto put = [&](const char* text, std::size_t len) {
+    if (n + len >= size) return false;
+    std::memcpy(out + n, text, len);
+    n += len;
+    return true;
+  };
+  for (const char* p = format; *p; ++p) {
+    if (*p != '%') {
+      if (!put(p, 1)) return false;
+      continue;
+    }
+    ++p;
+    if (*p == '%') {
+      if (!put(p, 1)) return false;
+    } else if (*p == 's' && next < count) {
+      const char* arg = args[next++];
+      if (!put(arg, std::strlen(arg))) return false;
+    } else {
+      return false;  // a field other than %s: printf's business
+    }
+  }
+  out[n] = '\0';
+  length = n;
+  return true;
+}
 
 void logSinkIs(LogSink* sink) { activeSink = sink ? sink : &stderrLogSink; }
 

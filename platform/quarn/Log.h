@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace Quarn {
@@ -34,10 +35,25 @@ void logEmit(const LogMessage& message, std::string_view text);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
-// Formats on the stack; only a line longer than that is formatted again on the heap.
+// Writes `format` with each "%s" replaced by the next of `args` into `out`
+// (size `size`), for a format of "%s" fields only; false when it is not one
+// or the line does not fit. Returns the length in `length`.
+bool formatStrings(char* out, std::size_t size, const char* format, const char* const* args, std::size_t count,
+                   std::size_t& length);
+
+// Formats on the stack: a message of string fields without printf, any
+// other with it; only a line longer than the stack buffer goes on the heap.
 template <class... Args>
 void log(const LogMessage& message, Args... args) {
   char line[512];
+  if constexpr ((std::is_convertible_v<Args, const char*> && ...)) {
+    const char* const strings[] = {static_cast<const char*>(args)..., nullptr};
+    std::size_t length = 0;
+    if (formatStrings(line, sizeof line, message.format, strings, sizeof...(Args), length)) {
+      logEmit(message, std::string_view(line, length));
+      return;
+    }
+  }
   const int n = std::snprintf(line, sizeof line, message.format, args...);
   if (n < 0) return;
   if (static_cast<std::size_t>(n) < sizeof line) {

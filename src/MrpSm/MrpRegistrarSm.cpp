@@ -1,5 +1,6 @@
 #include "MrpSm/MrpRegistrarSm.h"
 
+#include <charconv>
 #include <cstdio>
 #include <ios>
 
@@ -21,8 +22,10 @@ namespace {
 struct LogFields {
   LogFields(const MrpAttribute& attribute, MrpRegistrarState state, MrpRegistrarEvent event)
       : port(attribute.intfId.name().c_str()), state(enumText(state)), event(enumText(event)) {
-    std::snprintf(type, sizeof type, "%u", static_cast<unsigned>(attribute.attributeType));
-    std::snprintf(key, sizeof key, "0x%llx", static_cast<unsigned long long>(attribute.attributeKey));
+    *std::to_chars(type, type + sizeof type - 1, attribute.attributeType).ptr = '\0';
+    key[0] = '0';
+    key[1] = 'x';
+    *std::to_chars(key + 2, key + sizeof key - 1, attribute.attributeKey, 16).ptr = '\0';
   }
   const char* port;
   const char* state;

@@ -27,6 +27,22 @@ TEST(LogTest, NumericArgumentsAndPercentSignsFormat) {
   EXPECT_EQ(sink.lines()[0].text, "12 attributes, 75% full");
 }
 
+TEST(LogTest, StringFieldsAndPercentSignsMix) {
+  constexpr Quarn::LogMessage kShare{"MRP-6-SHARE", 6, "A share", "100%% of %s on %s", Quarn::kNoActionRequired};
+  Quarn::CaptureLogSink sink;
+  Quarn::log(kShare, "VLAN 10", "Ethernet3");
+  ASSERT_EQ(sink.lines().size(), 1u);
+  EXPECT_EQ(sink.lines()[0].text, "100% of VLAN 10 on Ethernet3");
+}
+
+TEST(LogTest, StringsWithOtherFieldsFormatLikePrintf) {
+  constexpr Quarn::LogMessage kMixed{"MRP-6-MIXED", 6, "Mixed", "%s is %5s", Quarn::kNoActionRequired};
+  Quarn::CaptureLogSink sink;
+  Quarn::log(kMixed, "port", "up");
+  ASSERT_EQ(sink.lines().size(), 1u);
+  EXPECT_EQ(sink.lines()[0].text, "port is    up");
+}
+
 TEST(LogTest, FormatWithoutArgumentsIsTheText) {
   Quarn::CaptureLogSink sink;
   Quarn::log(kPlain);
