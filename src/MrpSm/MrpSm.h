@@ -277,17 +277,33 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const AddPendingAttrMap& addPendingAttrs() const { return addPendingAttr_; }
   Quarn::Ptr<MrpAttrDatabase> addPendingAttr(const MrpAttribute& attribute) const;
   void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
+    ++databaseGeneration_;
     addPendingAttr_[attribute] = std::move(entry);
   }
-  void addPendingAttrDel(const MrpAttribute& attribute) { addPendingAttr_.erase(attribute); }
-  void addPendingAttrDelAll() { addPendingAttr_.clear(); }
+  void addPendingAttrDel(const MrpAttribute& attribute) {
+    ++databaseGeneration_;
+    addPendingAttr_.erase(attribute);
+  }
+  void addPendingAttrDelAll() {
+    ++databaseGeneration_;
+    addPendingAttr_.clear();
+  }
 
   const DeletePendingAttrMap& deletePendingAttrs() const { return deletePendingAttr_; }
   // False when the attribute is not listed.
   bool deletePendingAttr(const MrpAttribute& attribute) const;
-  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) { deletePendingAttr_[attribute] = pending; }
-  void deletePendingAttrDel(const MrpAttribute& attribute) { deletePendingAttr_.erase(attribute); }
-  void deletePendingAttrDelAll() { deletePendingAttr_.clear(); }
+  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) {
+    ++databaseGeneration_;
+    deletePendingAttr_[attribute] = pending;
+  }
+  void deletePendingAttrDel(const MrpAttribute& attribute) {
+    ++databaseGeneration_;
+    deletePendingAttr_.erase(attribute);
+  }
+  void deletePendingAttrDelAll() {
+    ++databaseGeneration_;
+    deletePendingAttr_.clear();
+  }
   // ==== end of attribute database ====
 
   // ==== Packet access (MrpSmPam.cpp) ====
@@ -394,6 +410,9 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   std::map<std::uint8_t, bool> mrpRxLeaveAll_;
   AttrIterMap mrpAttrIter_;
 
+  // The stored entry, absent while its deletion is pending.
+  Quarn::Ptr<MrpAttrDatabase> storedEntry(const MrpAttribute& attribute) const;
+
   // ==== Receive parser fields ====
   // A parse step whose read would run past the frame: counts it once as
   // malformed and marks the frame so that no level above counts it again.
@@ -414,6 +433,16 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // ==== Attribute database fields ====
   AddPendingAttrMap addPendingAttr_;
   DeletePendingAttrMap deletePendingAttr_;
+  // Counts the changes to the pending maps and the store. The machines look
+  // the current attribute up several times while they handle one event: the
+  // last lookup (pending additions included) is kept until the next change.
+  std::uint64_t databaseGeneration_ = 0;
+  struct LastLookup {
+    MrpAttribute attribute;
+    Quarn::Ptr<MrpAttrDatabase> entry;
+    std::uint64_t generation = ~std::uint64_t{0};
+  };
+  mutable LastLookup lastLookup_;
   // ==== end of attribute database fields ====
 
   // ==== Packet access fields ====

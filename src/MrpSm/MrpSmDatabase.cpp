@@ -58,12 +58,18 @@ Quarn::Ptr<MrpIntfTypeApplicant> MrpSm::mrpIntfTypeApplicant(const Velo::IntfId&
 Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttrFromDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
                                                           const std::uint64_t& key, bool useLocalCopy) const {
   const MrpAttribute attribute{intfId, attributeType, key};
-  if (useLocalCopy) {
-    if (Quarn::Ptr<MrpAttrDatabase> pending = addPendingAttr(attribute)) return pending;
-  }
-  const Quarn::Ptr<MrpIntfTypeApplicant> type = mrpIntfTypeApplicant(intfId, attributeType);
+  if (!useLocalCopy) return storedEntry(attribute);
+  if (lastLookup_.generation == databaseGeneration_ && lastLookup_.attribute == attribute) return lastLookup_.entry;
+  Quarn::Ptr<MrpAttrDatabase> entry = addPendingAttr(attribute);
+  if (!entry) entry = storedEntry(attribute);
+  lastLookup_ = {attribute, entry, databaseGeneration_};
+  return entry;
+}
+
+Quarn::Ptr<MrpAttrDatabase> MrpSm::storedEntry(const MrpAttribute& attribute) const {
+  const Quarn::Ptr<MrpIntfTypeApplicant> type = mrpIntfTypeApplicant(attribute.intfId, attribute.attributeType);
   if (!type) return nullptr;
-  const Quarn::Ptr<MrpAttrDatabase> stored = type->mrpAttribute(key);
+  const Quarn::Ptr<MrpAttrDatabase> stored = type->mrpAttribute(attribute.attributeKey);
   if (!stored || deletePendingAttr(attribute)) return nullptr;
   return stored;
 }
@@ -88,6 +94,7 @@ Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpAddAttrToDatabase(const Velo::IntfId& intf
 
 Quarn::Ptr<MrpAttrDatabase> MrpSm::createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
                                                          const std::uint64_t& key) {
+  ++databaseGeneration_;
   return mrpStatus_->applicationDatabaseIs(mrpLib_->application())
       ->attrDatabaseIs(intfId)
       ->intfTypeApplicantIs(attributeType)
