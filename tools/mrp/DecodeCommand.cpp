@@ -1,13 +1,12 @@
 #include "DecodeCommand.h"
 
-#include <fstream>
 #include <istream>
 #include <optional>
 #include <ostream>
 
+#include "CaptureReader.h"
 #include "Decoder.h"
 #include "Hex.h"
-#include "Pcap.h"
 
 namespace MrpCli {
 
@@ -50,20 +49,17 @@ std::string parseOptions(const std::vector<std::string>& args, DecodeOptions& op
       options.pcapFile = arg;
     }
   }
-  if (options.pcapFile && (options.application || options.hex)) return "a pcap file takes no --app or --hex";
+  if (options.pcapFile && (options.application || options.hex)) return "a capture file takes no --app or --hex";
   if (!options.pcapFile && !options.application) return "--app msrp|mvrp is needed for hex input";
   return "";
 }
 
-int decodePcap(const std::string& path, std::ostream& out, std::ostream& err) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return fail(err, "cannot open '" + path + "'");
-  PcapReader reader(file);
-  if (!reader.ok()) return fail(err, path + ": " + reader.error());
+int decodeCapture(const std::string& path, std::ostream& out, std::ostream& err) {
+  CaptureReader reader(path);
   Decoder decoder;
   unsigned frame = 0;
-  while (auto record = reader.next()) out << decoder.decodeFrame(++frame, *record) << '\n';
-  if (!reader.ok()) return fail(err, path + ": " + reader.error());
+  while (auto captured = reader.next()) out << decoder.decodeFrame(++frame, captured->bytes) << '\n';
+  if (!reader.ok()) return fail(err, reader.error());
   return 0;
 }
 
@@ -87,7 +83,7 @@ int decodeHexLines(Mrp::MrpApplication application, std::istream& in, std::ostre
 int runDecode(const std::vector<std::string>& args, std::istream& in, std::ostream& out, std::ostream& err) {
   DecodeOptions options;
   if (const std::string error = parseOptions(args, options); !error.empty()) return fail(err, error);
-  if (options.pcapFile) return decodePcap(*options.pcapFile, out, err);
+  if (options.pcapFile) return decodeCapture(*options.pcapFile, out, err);
   if (!options.hex) return decodeHexLines(*options.application, in, out, err);
   std::string error;
   const auto mrpdu = hexDecode(*options.hex, error);

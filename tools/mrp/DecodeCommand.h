@@ -10,7 +10,7 @@ namespace MrpCli {
 // 0, or 2 after a one-line error on `err` for bad input.
 //   mrp decode --app msrp|mvrp --hex HEX
 //   mrp decode --app msrp|mvrp            (one MRPDU in hex per line of `in`)
-//   mrp decode FILE.pcap
+//   mrp decode FILE                       (a pcap or pcapng capture)
 int runDecode(const std::vector<std::string>& args, std::istream& in, std::ostream& out, std::ostream& err);
 
 }  // namespace MrpCli

@@ -17,7 +17,7 @@ constexpr const char* kUsage =
     "commands:\n"
     "  decode --app msrp|mvrp --hex HEX   decode one MRPDU (from its ProtocolVersion octet)\n"
     "  decode --app msrp|mvrp             decode one MRPDU per line of hex on standard input\n"
-    "  decode FILE.pcap                   decode the MSRP and MVRP frames of a capture\n"
+    "  decode FILE                        decode the MSRP and MVRP frames of a pcap or pcapng capture\n"
     "         decode prints one JSON object per frame\n"
     "\n"
     "options:\n"
