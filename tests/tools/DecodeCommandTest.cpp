@@ -1,5 +1,3 @@
-#include "DecodeCommand.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -8,6 +6,7 @@
 
 #include "CaptureWriter.h"
 #include "Hex.h"
+#include "MrpProgram.h"
 #include "support/FileBytes.h"
 #include "support/PcapngBuilder.h"
 #include "support/TempDir.h"
@@ -23,10 +22,13 @@ struct DecodeRun {
   std::string err;
 };
 
+// `mrp decode ARGS...` with `input` on standard input.
 DecodeRun decode(const std::vector<std::string>& args, const std::string& input = "") {
+  std::vector<std::string> commandLine = {"decode"};
+  commandLine.insert(commandLine.end(), args.begin(), args.end());
   std::istringstream in(input);
   std::ostringstream out, err;
-  const int status = MrpCli::runDecode(args, in, out, err);
+  const int status = MrpCli::runMrp(commandLine, in, out, err);
   return {status, out.str(), err.str()};
 }
 
@@ -93,18 +95,25 @@ TEST_P(DecodeCommandErrorTest, FailsWithOneLineAndStatusTwo) {
   EXPECT_EQ(run.err, "mrp decode: " + GetParam().error + "\n");
 }
 
+// Mistakes in the arguments point at the command's help; mistakes in the
+// input do not.
+const std::string kSeeHelp = " (try 'mrp decode --help')";
+
 INSTANTIATE_TEST_SUITE_P(
     Input, DecodeCommandErrorTest,
-    ::testing::Values(BadArguments{{"--app", "mvrp", "--hex", "0001020"}, "", "--hex: odd number of hex digits"},
-                      BadArguments{{"--app", "mvrp", "--hex", "00zz"}, "", "--hex: not a hex digit: 'z'"},
-                      BadArguments{{"--app", "xyz", "--hex", "00"}, "", "unknown application 'xyz' (msrp or mvrp)"},
-                      BadArguments{{"--hex", "00"}, "", "--app msrp|mvrp is needed for hex input"},
-                      BadArguments{{"--app"}, "", "--app needs a value"},
-                      BadArguments{{"--frobnicate"}, "", "unknown option '--frobnicate'"},
-                      BadArguments{{"a.pcap", "b.pcap"}, "", "more than one file given"},
-                      BadArguments{{"--app", "msrp", "a.pcap"}, "", "a capture file takes no --app or --hex"},
-                      BadArguments{{"--app", "mvrp"}, "000102\n00x\n", "line 2: not a hex digit: 'x'"},
-                      BadArguments{{"/nonexistent/capture.pcap"}, "", "cannot open '/nonexistent/capture.pcap'"}));
+    ::testing::Values(
+        BadArguments{{"--app", "mvrp", "--hex", "0001020"}, "", "--hex: odd number of hex digits"},
+        BadArguments{{"--app", "mvrp", "--hex", "00zz"}, "", "--hex: not a hex digit: 'z'"},
+        BadArguments{{"--app", "mvrp"}, "000102\n00x\n", "line 2: not a hex digit: 'x'"},
+        BadArguments{{"/nonexistent/capture.pcap"}, "", "cannot open '/nonexistent/capture.pcap'"},
+        BadArguments{{"--app", "xyz", "--hex", "00"}, "", "--app: unknown application 'xyz' (msrp or mvrp)" + kSeeHelp},
+        BadArguments{{"--hex", "00"}, "", "--app msrp|mvrp is needed for hex input" + kSeeHelp},
+        BadArguments{{}, "00\n", "--app msrp|mvrp is needed for hex input" + kSeeHelp},
+        BadArguments{{"--app"}, "", "--app: 1 required msrp|mvrp missing" + kSeeHelp},
+        BadArguments{{"--frobnicate"}, "", "The following argument was not expected: --frobnicate" + kSeeHelp},
+        BadArguments{{"a.pcap", "b.pcap"}, "", "The following argument was not expected: b.pcap" + kSeeHelp},
+        BadArguments{{"--app", "msrp", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp},
+        BadArguments{{"--hex", "00", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp}));
 
 class DecodePcapTest : public ::testing::Test {
  protected:
