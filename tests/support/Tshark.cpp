@@ -1,21 +1,17 @@
 #include "support/Tshark.h"
 
 #include <stdio.h>
-#include <stdlib.h>
 
 #include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
+
+#include "CaptureWriter.h"
+#include "support/TempDir.h"
 
 namespace MrpTest {
 
 namespace {
-
-void putLe(std::ofstream& out, std::uint32_t value, int octets) {
-  for (int i = 0; i < octets; ++i) out.put(static_cast<char>((value >> (8 * i)) & 0xff));
-}
 
 // The value of attribute `attr` in the tag `line`, entities resolved.
 std::string attribute(const std::string& line, const std::string& attr) {
@@ -44,51 +40,23 @@ std::string attribute(const std::string& line, const std::string& attr) {
   return text;
 }
 
-// A temporary directory removed with the object.
-class TempDir {
- public:
-  TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "mrp-tshark-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot create a temporary directory");
-    path_ = pattern;
-  }
-  ~TempDir() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
+// Writes `frames` as a pcap file, a second apart.
+void writeCapture(const std::string& path, const std::vector<std::vector<std::uint8_t>>& frames) {
+  MrpCli::CaptureWriter writer(path);
+  Quarn::Seconds seconds = 0;
+  for (const auto& frame : frames) writer.write(seconds++, frame);
+  writer.flush();
+  if (!writer.ok()) throw std::runtime_error(writer.error());
+}
 
 }  // namespace
-
-void writePcap(const std::string& path, const std::vector<std::vector<std::uint8_t>>& frames) {
-  std::ofstream out(path, std::ios::binary);
-  putLe(out, 0xa1b2c3d4, 4);  // magic: microsecond timestamps
-  putLe(out, 2, 2);           // version 2.4
-  putLe(out, 4, 2);
-  putLe(out, 0, 4);           // time zone
-  putLe(out, 0, 4);           // timestamp accuracy
-  putLe(out, 65535, 4);       // snapshot length
-  putLe(out, 1, 4);           // link type: Ethernet
-  for (const auto& frame : frames) {
-    putLe(out, 0, 4);  // seconds
-    putLe(out, 0, 4);  // microseconds
-    putLe(out, static_cast<std::uint32_t>(frame.size()), 4);  // captured length
-    putLe(out, static_cast<std::uint32_t>(frame.size()), 4);  // original length
-    out.write(reinterpret_cast<const char*>(frame.data()), static_cast<std::streamsize>(frame.size()));
-  }
-  if (!out) throw std::runtime_error("cannot write " + path);
-}
 
 bool tsharkAvailable() { return std::system("command -v tshark >/dev/null 2>&1") == 0; }
 
 std::vector<DissectedFrame> tsharkDissect(const std::vector<std::vector<std::uint8_t>>& frames) {
   TempDir dir;
-  const std::string pcap = (dir.path() / "frames.pcap").string();
-  writePcap(pcap, frames);
+  const std::string pcap = dir.file("frames.pcap");
+  writeCapture(pcap, frames);
   const std::string command = "tshark -n -r '" + pcap + "' -T pdml 2>/dev/null";
   FILE* pipe = popen(command.c_str(), "r");
   if (!pipe) throw std::runtime_error("cannot run: " + command);

@@ -11,10 +11,6 @@ namespace MrpTest {
 // Wire-format checks against tshark's dissectors, a reading of the format
 // that nobody here wrote.
 
-// Writes `frames` as a classic pcap file (microsecond timestamps, all zero;
-// link type 1, Ethernet).
-void writePcap(const std::string& path, const std::vector<std::vector<std::uint8_t>>& frames);
-
 // One element of a dissection, in document order: a protocol or field name
 // ("mrp-msrp.stream_id") and its shown value ("0x0011223344556677"; empty for
 // protocols and containers).

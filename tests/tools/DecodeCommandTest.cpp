@@ -1,19 +1,20 @@
-#include "DecodeCommand.h"
-
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "CaptureWriter.h"
 #include "Hex.h"
-#include "Pcap.h"
+#include "MrpProgram.h"
+#include "support/FileBytes.h"
+#include "support/PcapngBuilder.h"
+#include "support/TempDir.h"
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using MrpTest::PcapngBuilder;
 
 struct DecodeRun {
   int status;
@@ -21,10 +22,13 @@ struct DecodeRun {
   std::string err;
 };
 
+// `mrp decode ARGS...` with `input` on standard input.
 DecodeRun decode(const std::vector<std::string>& args, const std::string& input = "") {
+  std::vector<std::string> commandLine = {"decode"};
+  commandLine.insert(commandLine.end(), args.begin(), args.end());
   std::istringstream in(input);
   std::ostringstream out, err;
-  const int status = MrpCli::runDecode(args, in, out, err);
+  const int status = MrpCli::runMrp(commandLine, in, out, err);
   return {status, out.str(), err.str()};
 }
 
@@ -91,35 +95,36 @@ TEST_P(DecodeCommandErrorTest, FailsWithOneLineAndStatusTwo) {
   EXPECT_EQ(run.err, "mrp decode: " + GetParam().error + "\n");
 }
 
+// Mistakes in the arguments point at the command's help; mistakes in the
+// input do not.
+const std::string kSeeHelp = " (try 'mrp decode --help')";
+
 INSTANTIATE_TEST_SUITE_P(
     Input, DecodeCommandErrorTest,
-    ::testing::Values(BadArguments{{"--app", "mvrp", "--hex", "0001020"}, "", "--hex: odd number of hex digits"},
-                      BadArguments{{"--app", "mvrp", "--hex", "00zz"}, "", "--hex: not a hex digit: 'z'"},
-                      BadArguments{{"--app", "xyz", "--hex", "00"}, "", "unknown application 'xyz' (msrp or mvrp)"},
-                      BadArguments{{"--hex", "00"}, "", "--app msrp|mvrp is needed for hex input"},
-                      BadArguments{{"--app"}, "", "--app needs a value"},
-                      BadArguments{{"--frobnicate"}, "", "unknown option '--frobnicate'"},
-                      BadArguments{{"a.pcap", "b.pcap"}, "", "more than one file given"},
-                      BadArguments{{"--app", "msrp", "a.pcap"}, "", "a pcap file takes no --app or --hex"},
-                      BadArguments{{"--app", "mvrp"}, "000102\n00x\n", "line 2: not a hex digit: 'x'"},
-                      BadArguments{{"/nonexistent/capture.pcap"}, "", "cannot open '/nonexistent/capture.pcap'"}));
+    ::testing::Values(
+        BadArguments{{"--app", "mvrp", "--hex", "0001020"}, "", "--hex: odd number of hex digits"},
+        BadArguments{{"--app", "mvrp", "--hex", "00zz"}, "", "--hex: not a hex digit: 'z'"},
+        BadArguments{{"--app", "mvrp"}, "000102\n00x\n", "line 2: not a hex digit: 'x'"},
+        BadArguments{{"/nonexistent/capture.pcap"}, "", "cannot open '/nonexistent/capture.pcap'"},
+        BadArguments{{"--app", "xyz", "--hex", "00"}, "", "--app: unknown application 'xyz' (msrp or mvrp)" + kSeeHelp},
+        BadArguments{{"--hex", "00"}, "", "--app msrp|mvrp is needed for hex input" + kSeeHelp},
+        BadArguments{{}, "00\n", "--app msrp|mvrp is needed for hex input" + kSeeHelp},
+        BadArguments{{"--app"}, "", "--app: 1 required msrp|mvrp missing" + kSeeHelp},
+        BadArguments{{"--frobnicate"}, "", "The following argument was not expected: --frobnicate" + kSeeHelp},
+        BadArguments{{"a.pcap", "b.pcap"}, "", "The following argument was not expected: b.pcap" + kSeeHelp},
+        BadArguments{{"--app", "msrp", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp},
+        BadArguments{{"--hex", "00", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp}));
 
 class DecodePcapTest : public ::testing::Test {
  protected:
-  void SetUp() override { path_ = ::testing::TempDir() + "decode_test.pcap"; }
-  void TearDown() override { std::remove(path_.c_str()); }
-
   void writePcap(const std::vector<Bytes>& frames) {
-    std::ofstream file(path_, std::ios::binary);
-    MrpCli::PcapWriter writer(file);
-    for (const Bytes& frame : frames) writer.write(frame);
+    MrpCli::CaptureWriter writer(path_);
+    for (const Bytes& frame : frames) writer.write(0, frame);
   }
-  void writeRaw(const Bytes& bytes) {
-    std::ofstream file(path_, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  }
+  void writeRaw(const Bytes& bytes) { MrpTest::writeFileBytes(path_, bytes); }
 
-  std::string path_;
+  MrpTest::TempDir dir_;
+  const std::string path_ = dir_.file("decode_test.pcap");
 };
 
 Bytes frame(std::initializer_list<std::uint8_t> header, const std::string& hex) {
@@ -157,27 +162,27 @@ TEST_F(DecodePcapTest, RejectsAFileThatIsNotAPcap) {
             'l', '!', '!'});
   const DecodeRun run = decode({path_});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": not a pcap file: unknown magic number\n");
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": not a pcap or pcapng file: unknown file format\n");
 }
 
 TEST_F(DecodePcapTest, RejectsAShortFile) {
   writeRaw({0xd4, 0xc3, 0xb2});
   const DecodeRun run = decode({path_});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": not a pcap file: shorter than its 24-octet header\n");
+  EXPECT_EQ(run.err, "mrp decode: " + path_ +
+                         ": not a pcap or pcapng file: truncated dump file; tried to read 4 file header bytes, "
+                         "only got 3\n");
 }
 
 TEST_F(DecodePcapTest, ReportsATruncatedRecordAfterTheFramesBeforeIt) {
   writePcap({frame(kMvrpHeader, kMvrpHex), frame(kMvrpHeader, kMvrpHex)});
-  std::ifstream in(path_, std::ios::binary);
-  Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  in.close();
+  Bytes bytes = MrpTest::readFileBytes(path_);
   bytes.resize(bytes.size() - 3);
   writeRaw(bytes);
   const DecodeRun run = decode({path_});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.out, kMvrpJson);
-  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": truncated pcap record\n");
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": truncated dump file; tried to read 26 captured bytes, only got 23\n");
 }
 
 TEST_F(DecodePcapTest, RejectsAnotherLinkType) {
@@ -199,6 +204,29 @@ TEST_F(DecodePcapTest, ReadsBigEndianFiles) {
   const DecodeRun run = decode({path_});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.out, kMvrpJson);
+}
+
+TEST_F(DecodePcapTest, DecodesAPcapngCaptureAsWiresharkSavesIt) {
+  PcapngBuilder capture;
+  capture.interface(PcapngBuilder::kLinkTypeEthernet)
+      .packet(0, 1'000'000, frame(kIpHeader, "45000014"))
+      .packet(0, 2'000'000, frame(kMvrpHeader, kMvrpHex));
+  writeRaw(capture.bytes());
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 0) << run.err;
+  std::string second = kMvrpJson;
+  second.replace(second.find("\"frame\": 1"), 10, "\"frame\": 2");
+  EXPECT_EQ(run.out, "{\"frame\": 1, \"skipped\": \"not an MSRP or MVRP frame\"}\n" + second);
+}
+
+TEST_F(DecodePcapTest, RejectsAPcapngCaptureOfAnotherLinkType) {
+  PcapngBuilder capture;
+  capture.interface(113).packet(0, 0, frame(kMvrpHeader, kMvrpHex));
+  writeRaw(capture.bytes());
+  const DecodeRun run = decode({path_});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "mrp decode: " + path_ + ": pcap link type 113 is not Ethernet\n");
 }
 
 }  // namespace

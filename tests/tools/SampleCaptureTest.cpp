@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "Pcap.h"
+#include "CaptureWriter.h"
+#include "support/FileBytes.h"
 #include "support/FrameBuilder.h"
+#include "support/TempDir.h"
 
 namespace {
 
@@ -58,21 +57,29 @@ Bytes otherFrame() {
   return {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0x02, 0, 0, 0, 0, 1, 0x08, 0x06, 0, 1, 8, 0, 6, 4, 0, 1};
 }
 
-std::string sampleCapture() {
-  std::ostringstream out;
-  MrpCli::PcapWriter writer(out);
-  for (const Bytes& frame : {mvrpFrame(), msrpFrame(), taggedMvrpFrame(), otherFrame()}) writer.write(frame);
-  return out.str();
+// The frames a second apart, from the epoch, so that the file is the same
+// on every run.
+Bytes sampleCapture() {
+  MrpTest::TempDir dir;
+  const std::string path = dir.file("sample.pcap");
+  {
+    MrpCli::CaptureWriter writer(path);
+    Quarn::Seconds seconds = 0;
+    for (const Bytes& frame : {mvrpFrame(), msrpFrame(), taggedMvrpFrame(), otherFrame()}) {
+      writer.write(seconds++, frame);
+    }
+  }
+  return MrpTest::readFileBytes(path);
 }
 
 TEST(SampleCaptureTest, ShippedSampleIsWhatTheEncoderMakes) {
-  const std::string expected = sampleCapture();
+  const Bytes expected = sampleCapture();
   if (const char* regenerate = std::getenv("MRP_REGENERATE_SAMPLES"); regenerate && std::string(regenerate) == "1") {
-    std::ofstream(kSamplePath, std::ios::binary) << expected;
+    MrpTest::writeFileBytes(kSamplePath, expected);
   }
-  std::ifstream in(kSamplePath, std::ios::binary);
-  ASSERT_TRUE(in) << kSamplePath << " is missing; run with MRP_REGENERATE_SAMPLES=1";
-  const std::string shipped((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  Bytes shipped;
+  ASSERT_NO_THROW(shipped = MrpTest::readFileBytes(kSamplePath))
+      << kSamplePath << " is missing; run with MRP_REGENERATE_SAMPLES=1";
   EXPECT_EQ(shipped, expected) << "the encoder changed; regenerate with MRP_REGENERATE_SAMPLES=1 and review";
 }
 

@@ -1,13 +1,14 @@
 #include "DecodeCommand.h"
 
-#include <fstream>
+#include <CLI/CLI.hpp>
+
 #include <istream>
-#include <optional>
+#include <map>
 #include <ostream>
 
+#include "CaptureReader.h"
 #include "Decoder.h"
 #include "Hex.h"
-#include "Pcap.h"
 
 namespace MrpCli {
 
@@ -15,59 +16,68 @@ namespace {
 
 constexpr int kBadInput = 2;
 
-struct DecodeOptions {
-  std::optional<Mrp::MrpApplication> application;
-  std::optional<std::string> hex;
-  std::optional<std::string> pcapFile;
-};
-
 int fail(std::ostream& err, const std::string& message) {
   err << "mrp decode: " << message << '\n';
   return kBadInput;
 }
 
-// Parses the arguments; returns an error message, empty on success.
-std::string parseOptions(const std::vector<std::string>& args, DecodeOptions& options) {
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& arg = args[i];
-    if (arg == "--app" || arg == "--hex") {
-      if (i + 1 >= args.size()) return arg + " needs a value";
-      const std::string& value = args[++i];
-      if (arg == "--hex") {
-        options.hex = value;
-      } else if (value == "msrp") {
-        options.application = Mrp::MrpApplication::msrp;
-      } else if (value == "mvrp") {
-        options.application = Mrp::MrpApplication::mvrp;
-      } else {
+const std::map<std::string, Mrp::MrpApplication> kApplications = {{"msrp", Mrp::MrpApplication::msrp},
+                                                                  {"mvrp", Mrp::MrpApplication::mvrp}};
+
+// Accepts the names in kApplications; the message names what was given.
+CLI::Validator knownApplication() {
+  return CLI::Validator(
+      [](std::string& value) -> std::string {
+        if (kApplications.count(value)) return "";
         return "unknown application '" + value + "' (msrp or mvrp)";
-      }
-    } else if (!arg.empty() && arg[0] == '-') {
-      return "unknown option '" + arg + "'";
-    } else if (options.pcapFile) {
-      return "more than one file given";
-    } else {
-      options.pcapFile = arg;
-    }
-  }
-  if (options.pcapFile && (options.application || options.hex)) return "a pcap file takes no --app or --hex";
-  if (!options.pcapFile && !options.application) return "--app msrp|mvrp is needed for hex input";
-  return "";
+      },
+      "");
 }
 
-int decodePcap(const std::string& path, std::ostream& out, std::ostream& err) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return fail(err, "cannot open '" + path + "'");
-  PcapReader reader(file);
-  if (!reader.ok()) return fail(err, path + ": " + reader.error());
+}  // namespace
+
+DecodeCommand::DecodeCommand(CLI::App& program)
+    : command_(
+          program.add_subcommand("decode", "Decode MRPDUs with the engine's own parser: one JSON object per frame")) {
+  command_
+      ->add_option_function<std::string>(
+          "--app", [this](const std::string& name) { application_ = kApplications.at(name); },
+          "The MRP application of hex input")
+      ->type_name("msrp|mvrp")
+      ->check(knownApplication());
+  command_->add_option("--hex", hex_, "One MRPDU in hex, from its ProtocolVersion octet (spaces and colons ignored)")
+      ->type_name("HEX");
+  command_->add_option("FILE", file_, "A pcap or pcapng capture of Ethernet frames")->type_name("");
+  command_->footer(
+      "Inputs:\n"
+      "  mrp decode --app msrp|mvrp --hex HEX   one MRPDU\n"
+      "  mrp decode --app msrp|mvrp             one MRPDU in hex per line of standard input\n"
+      "  mrp decode FILE                        the MSRP and MVRP frames of a capture; the\n"
+      "                                         application follows from address and EtherType");
+  command_->final_callback([this] { checkInputs(); });
+}
+
+void DecodeCommand::checkInputs() const {
+  if (file_ && (application_ || hex_)) throw CLI::ValidationError("a capture file takes no --app or --hex");
+  if (!file_ && !application_) throw CLI::ValidationError("--app msrp|mvrp is needed for hex input");
+}
+
+int DecodeCommand::run(std::istream& in, std::ostream& out, std::ostream& err) const {
+  if (file_) return decodeCapture(out, err);
+  if (hex_) return decodeHex(out, err);
+  return decodeHexLines(in, out, err);
+}
+
+int DecodeCommand::decodeCapture(std::ostream& out, std::ostream& err) const {
+  CaptureReader reader(*file_);
   Decoder decoder;
   unsigned frame = 0;
-  while (auto record = reader.next()) out << decoder.decodeFrame(++frame, *record) << '\n';
-  if (!reader.ok()) return fail(err, path + ": " + reader.error());
+  while (auto captured = reader.next()) out << decoder.decodeFrame(++frame, captured->bytes) << '\n';
+  if (!reader.ok()) return fail(err, reader.error());
   return 0;
 }
 
-int decodeHexLines(Mrp::MrpApplication application, std::istream& in, std::ostream& out, std::ostream& err) {
+int DecodeCommand::decodeHexLines(std::istream& in, std::ostream& out, std::ostream& err) const {
   Decoder decoder;
   unsigned frame = 0;
   unsigned lineNumber = 0;
@@ -77,23 +87,17 @@ int decodeHexLines(Mrp::MrpApplication application, std::istream& in, std::ostre
     std::string error;
     const auto mrpdu = hexDecode(line, error);
     if (!mrpdu) return fail(err, "line " + std::to_string(lineNumber) + ": " + error);
-    out << decoder.decodeMrpdu(++frame, application, *mrpdu) << '\n';
+    out << decoder.decodeMrpdu(++frame, *application_, *mrpdu) << '\n';
   }
   return 0;
 }
 
-}  // namespace
-
-int runDecode(const std::vector<std::string>& args, std::istream& in, std::ostream& out, std::ostream& err) {
-  DecodeOptions options;
-  if (const std::string error = parseOptions(args, options); !error.empty()) return fail(err, error);
-  if (options.pcapFile) return decodePcap(*options.pcapFile, out, err);
-  if (!options.hex) return decodeHexLines(*options.application, in, out, err);
+int DecodeCommand::decodeHex(std::ostream& out, std::ostream& err) const {
   std::string error;
-  const auto mrpdu = hexDecode(*options.hex, error);
+  const auto mrpdu = hexDecode(*hex_, error);
   if (!mrpdu) return fail(err, "--hex: " + error);
   Decoder decoder;
-  out << decoder.decodeMrpdu(1, *options.application, *mrpdu) << '\n';
+  out << decoder.decodeMrpdu(1, *application_, *mrpdu) << '\n';
   return 0;
 }
 

@@ -1,8 +1,7 @@
 #include "Decoder.h"
 
-#include <sstream>
-
 #include "Hex.h"
+#include "JsonLine.h"
 #include "MrpModel/MrpWireFormat.h"
 #include "quarn/System.h"
 #include "velo/EthHdr.h"
@@ -30,33 +29,33 @@ const char* applicationName(MrpApplication application) {
   return application == MrpApplication::msrp ? "msrp" : "mvrp";
 }
 
-void writeAttributes(std::ostream& os, const Mrp::MrpSm& engine, const Mrp::MrpSm::ParsedKeyQueue& keys) {
-  os << '[';
-  const char* separator = "";
+using Json = nlohmann::ordered_json;
+
+Json attributesOf(const Mrp::MrpSm& engine, const Mrp::MrpSm::ParsedKeyQueue& keys) {
+  Json attributes = Json::array();
   for (const auto& [index, key] : keys) {
     Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = engine.mrpParsedAttribute(key);
     std::vector<std::uint8_t> value;
     for (std::size_t i = 0; parsed && i < parsed->attributeValues().size(); ++i) {
       value.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
     }
-    os << separator << "{\"type\": " << unsigned{key.attributeType} << ", \"key\": " << key.attributeKey
-       << ", \"event\": " << (parsed ? unsigned{parsed->attributeEvent()} : 0u) << ", \"value\": \""
-       << hexEncode(value.data(), value.size()) << "\"}";
-    separator = ", ";
+    attributes.push_back({{"type", unsigned{key.attributeType}},
+                          {"key", key.attributeKey},
+                          {"event", parsed ? unsigned{parsed->attributeEvent()} : 0u},
+                          {"value", hexEncode(value.data(), value.size())}});
   }
-  os << ']';
+  return attributes;
 }
 
-void writeLeaveAll(std::ostream& os, const Mrp::MrpSm& engine) {
-  os << '[';
-  const char* separator = "";
+Json leaveAllOf(const Mrp::MrpSm& engine) {
+  Json types = Json::array();
   for (const auto& [type, leaveAll] : engine.mrpRxLeaveAll()) {
-    if (!leaveAll) continue;
-    os << separator << unsigned{type};
-    separator = ", ";
+    if (leaveAll) types.push_back(unsigned{type});
   }
-  os << ']';
+  return types;
 }
+
+std::string skipped(unsigned frame, const char* reason) { return jsonLine({{"frame", frame}, {"skipped", reason}}); }
 
 }  // namespace
 
@@ -100,25 +99,26 @@ std::string Decoder::decodeMrpdu(unsigned frame, MrpApplication application, con
   e.parseMrpdu(Velo::Pkt::pktNew(mrpdu.data(), mrpdu.size()));
 
   const FrameCounters after = countersOf(*e.mrpCounters());
-  std::ostringstream os;
-  os << "{\"frame\": " << frame << ", \"application\": \"" << applicationName(application) << "\", \"leaveAll\": ";
-  writeLeaveAll(os, e);
-  os << ", \"domain\": ";
-  writeAttributes(os, e, e.msrpParsedDomainKey());
-  os << ", \"attributes\": ";
-  writeAttributes(os, e, e.mrpParsedAttributeKey());
-  os << ", \"events\": " << static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore)
-     << ", \"counters\": {\"numOfIncorrectPduVersion\": " << after.incorrectPduVersion - before.incorrectPduVersion
-     << ", \"numOfUnknownAttributeType\": " << after.unknownAttributeType - before.unknownAttributeType
-     << ", \"numOfMalformedPkts\": " << after.malformedPkts - before.malformedPkts
-     << ", \"numOfUnknownApplication\": " << after.unknownApplication - before.unknownApplication << "}}";
+  const std::string line = jsonLine({
+      {"frame", frame},
+      {"application", applicationName(application)},
+      {"leaveAll", leaveAllOf(e)},
+      {"domain", attributesOf(e, e.msrpParsedDomainKey())},
+      {"attributes", attributesOf(e, e.mrpParsedAttributeKey())},
+      {"events", static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore)},
+      {"counters",
+       {{"numOfIncorrectPduVersion", after.incorrectPduVersion - before.incorrectPduVersion},
+        {"numOfUnknownAttributeType", after.unknownAttributeType - before.unknownAttributeType},
+        {"numOfMalformedPkts", after.malformedPkts - before.malformedPkts},
+        {"numOfUnknownApplication", after.unknownApplication - before.unknownApplication}}},
+  });
   clearFrameState(e);
-  return os.str();
+  return line;
 }
 
 std::string Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
   const auto header = Velo::EthHdr::fromBytes(ethernetFrame.data(), ethernetFrame.size());
-  if (!header) return "{\"frame\": " + std::to_string(frame) + ", \"skipped\": \"shorter than an Ethernet header\"}";
+  if (!header) return skipped(frame, "shorter than an Ethernet header");
   std::size_t offset = Velo::EthHdr::kSize;
   std::uint16_t etype = header->etherType();
   if (etype == Velo::EthHdr::kVlanEtherType && ethernetFrame.size() >= offset + 4) {
@@ -131,7 +131,7 @@ std::string Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>
       return decodeMrpdu(frame, application, {ethernetFrame.begin() + static_cast<long>(offset), ethernetFrame.end()});
     }
   }
-  return "{\"frame\": " + std::to_string(frame) + ", \"skipped\": \"not an MSRP or MVRP frame\"}";
+  return skipped(frame, "not an MSRP or MVRP frame");
 }
 
 }  // namespace MrpCli

@@ -1,0 +1,85 @@
+#include "MrpProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct ProgramRun {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+ProgramRun mrp(const std::vector<std::string>& args) {
+  std::istringstream in;
+  std::ostringstream out, err;
+  const int status = MrpCli::runMrp(args, in, out, err);
+  return {status, out.str(), err.str()};
+}
+
+struct HelpCase {
+  std::vector<std::string> args;
+  std::string usage;                  // the line that opens the help
+  std::vector<std::string> mentions;  // what else the help must name
+};
+
+class MrpProgramHelpTest : public ::testing::TestWithParam<HelpCase> {};
+
+TEST_P(MrpProgramHelpTest, PrintsTheHelpOfTheCommandAndSucceeds) {
+  const ProgramRun run = mrp(GetParam().args);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_NE(run.out.find("\n" + GetParam().usage + "\n"), std::string::npos) << run.out;
+  for (const std::string& mention : GetParam().mentions) {
+    EXPECT_NE(run.out.find(mention), std::string::npos) << mention << " is missing from:\n" << run.out;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryCommand, MrpProgramHelpTest,
+    ::testing::Values(HelpCase{{"--help"}, "Usage: mrp [OPTIONS] [SUBCOMMAND]", {"decode", "--version", "MRP_TRACE"}},
+                      HelpCase{{"-h"}, "Usage: mrp [OPTIONS] [SUBCOMMAND]", {"decode"}},
+                      HelpCase{{"decode", "--help"},
+                               "Usage: mrp decode [OPTIONS] [FILE]",
+                               {"--app msrp|mvrp", "--hex HEX", "pcapng", "standard input"}},
+                      HelpCase{{"decode", "-h", "--app", "msrp"}, "Usage: mrp decode [OPTIONS] [FILE]", {"--hex"}}));
+
+TEST(MrpProgramTest, PrintsItsVersion) {
+  for (const char* flag : {"--version", "-V"}) {
+    const ProgramRun run = mrp({flag});
+    EXPECT_EQ(run.status, 0) << flag;
+    EXPECT_EQ(run.out, std::string("mrp ") + MRP_VERSION + "\n") << flag;
+    EXPECT_EQ(run.err, "") << flag;
+  }
+}
+
+struct BadCommandLine {
+  std::vector<std::string> args;
+  std::string error;
+};
+
+class MrpProgramErrorTest : public ::testing::TestWithParam<BadCommandLine> {};
+
+TEST_P(MrpProgramErrorTest, FailsWithOneLineThatPointsAtTheHelpAndStatusTwo) {
+  const ProgramRun run = mrp(GetParam().args);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, GetParam().error + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    BadArguments, MrpProgramErrorTest,
+    ::testing::Values(
+        BadCommandLine{{}, "mrp: a command is needed: decode (try 'mrp --help')"},
+        BadCommandLine{{"--frobnicate"},
+                       "mrp: The following argument was not expected: --frobnicate (try 'mrp --help')"},
+        BadCommandLine{{"frobnicate"}, "mrp: The following argument was not expected: frobnicate (try 'mrp --help')"},
+        BadCommandLine{{"decode", "--app", "mvrp", "--frobnicate"},
+                       "mrp decode: The following argument was not expected: --frobnicate (try 'mrp decode --help')"},
+        BadCommandLine{{"decode", "--hex"}, "mrp decode: --hex: 1 required HEX missing (try 'mrp decode --help')"}));
+
+}  // namespace
