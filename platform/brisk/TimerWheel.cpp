@@ -23,14 +23,28 @@ constexpr Seconds kTickSlack = 1e-6;
 void TimerWheel::Notifiee::notifierIs(TimerWheel* wheel) {
   if (wheel == wheel_) return;
   timeIs(kInfinity);
-  if (wheel_) wheel_->notifiees_.remove(this);
+  if (wheel_) wheel_->unbind(this);
   wheel_ = wheel;
-  if (wheel_) wheel_->notifiees_.add(this);
+  if (wheel_) wheel_->bind(this);
 }
 
 void TimerWheel::Notifiee::notifierDetached() {
   wheel_ = nullptr;
   time_ = kInfinity;
+  prev_ = next_ = boundPrev_ = boundNext_ = nullptr;
+}
+
+void TimerWheel::Bucket::pushBack(Notifiee* n) {
+  n->prev_ = tail;
+  n->next_ = nullptr;
+  (tail ? tail->next_ : head) = n;
+  tail = n;
+}
+
+void TimerWheel::Bucket::remove(Notifiee* n) {
+  (n->prev_ ? n->prev_->next_ : head) = n->next_;
+  (n->next_ ? n->next_->prev_ : tail) = n->prev_;
+  n->prev_ = n->next_ = nullptr;
 }
 
 void TimerWheel::Notifiee::timeIs(Seconds t) {
@@ -38,6 +52,26 @@ void TimerWheel::Notifiee::timeIs(Seconds t) {
   if (!wheel_) return;
   if (time_ != kInfinity) wheel_->unschedule(this);
   if (t != kInfinity) wheel_->schedule(this, t);
+}
+
+TimerWheel::~TimerWheel() {
+  while (Notifiee* n = bound_) {
+    bound_ = n->boundNext_;
+    n->notifierDetached();
+  }
+}
+
+void TimerWheel::bind(Notifiee* n) {
+  n->boundPrev_ = nullptr;
+  n->boundNext_ = bound_;
+  if (bound_) bound_->boundPrev_ = n;
+  bound_ = n;
+}
+
+void TimerWheel::unbind(Notifiee* n) {
+  (n->boundPrev_ ? n->boundPrev_->boundNext_ : bound_) = n->boundNext_;
+  if (n->boundNext_) n->boundNext_->boundPrev_ = n->boundPrev_;
+  n->boundPrev_ = n->boundNext_ = nullptr;
 }
 
 TimerWheel::TimerWheel(Quarn::Ptr<Quarn::Clock> clock, std::uint32_t tickMsecs, std::uint32_t initialMaxTicks,
@@ -83,7 +117,7 @@ void TimerWheel::schedule(Notifiee* n, Seconds t) {
   if (inOverflow(tick)) {
     overflow_.emplace(tick, n);
   } else {
-    bucket(tick).push_back(n);
+    bucket(tick).pushBack(n);
   }
   ++scheduledCount_;
   // While firing, onTick arms the driver once it is done.
@@ -95,14 +129,7 @@ void TimerWheel::unschedule(Notifiee* n) {
     auto [first, last] = overflow_.equal_range(n->tick_);
     overflow_.erase(std::find_if(first, last, [n](const auto& entry) { return entry.second == n; }));
   } else {
-    Bucket& b = bucket(n->tick_);
-    auto it = std::find(b.begin(), b.end(), n);
-    if (preserveOrder_) {
-      b.erase(it);
-    } else {
-      *it = b.back();
-      b.pop_back();
-    }
+    bucket(n->tick_).remove(n);
   }
   n->time_ = kInfinity;
   // A driver left armed for a cancelled tick only costs one idle wakeup,
@@ -114,7 +141,7 @@ void TimerWheel::unschedule(Notifiee* n) {
 void TimerWheel::moveWindowTo(std::int64_t tick) {
   nextTick_ = tick;
   while (!overflow_.empty() && !inOverflow(overflow_.begin()->first)) {
-    bucket(overflow_.begin()->first).push_back(overflow_.begin()->second);
+    bucket(overflow_.begin()->first).pushBack(overflow_.begin()->second);
     overflow_.erase(overflow_.begin());
   }
 }
@@ -133,16 +160,14 @@ void TimerWheel::fireTick(std::int64_t tick) {
   moveWindowTo(tick);
   firing_ = true;
   Bucket& b = bucket(tick);
-  // By index: timers scheduled for this tick while it fires are appended,
-  // and a cancel only ever removes one not yet fired (past the index): a
-  // fired slot is cleared so that no later cancel finds it.
-  for (std::size_t i = 0; i < b.size(); ++i) {
-    Notifiee* n = std::exchange(b[i], nullptr);
+  // Each timer leaves the list before it fires: timers scheduled for this
+  // tick meanwhile are appended and fire in this pass, cancelled ones are gone.
+  while (Notifiee* n = b.head) {
+    b.remove(n);
     n->time_ = kInfinity;
     --scheduledCount_;
     n->onTime();
   }
-  b.clear();
   firing_ = false;
   moveWindowTo(tick + 1);
 }

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "quarn/Clock.h"
-#include "quarn/Notifiee.h"
 
 namespace Brisk {
 
@@ -19,15 +18,14 @@ namespace Brisk {
 // The wheel has initialMaxTicks buckets, covering the ticks from the next
 // unprocessed one on. A timer further out is parked in an overflow list,
 // sorted by tick, and moved into its bucket once the wheel reaches it.
-// Buckets grow on demand: defaultBucketSize is kept as a hint only, since
-// reserving it in every bucket would hold initialMaxTicks x defaultBucketSize
-// slots (60000 x 1024 pointers for an engine) before any timer exists.
+// A bucket is two pointers, so defaultBucketSize is kept as a hint only.
 //
-// Timers due on the same tick fire in scheduling order. preserveOrder false
-// lets a cancel move the bucket's last timer into the freed slot (no shift
-// of the rest), so timers of one tick may then fire out of scheduling order.
-// A firing timer may reschedule or cancel itself or any other timer; one
-// scheduled for the tick being fired fires in the same pass.
+// Timers due on the same tick fire in scheduling order. A tick's timers are
+// a list threaded through the timers themselves, so scheduling, cancelling
+// and binding a timer cost the same however many share its tick or wheel;
+// order is therefore kept whatever preserveOrder says (it is kept as
+// configuration). A firing timer may reschedule or cancel itself or any
+// other timer; one scheduled for the tick being fired fires in the same pass.
 class TimerWheel : public Quarn::PtrInterface {
  public:
   class Notifiee {
@@ -58,6 +56,12 @@ class TimerWheel : public Quarn::PtrInterface {
     TimerWheel* wheel_ = nullptr;
     Quarn::Seconds time_ = Quarn::kInfinity;
     std::int64_t tick_ = 0;  // meaningful while time_ is finite
+    // The neighbours in the tick's list (while scheduled in the wheel's
+    // window) and in the wheel's list of every bound timer.
+    Notifiee* prev_ = nullptr;
+    Notifiee* next_ = nullptr;
+    Notifiee* boundPrev_ = nullptr;
+    Notifiee* boundNext_ = nullptr;
   };
 
   // Throws std::invalid_argument for a null clock or a zero tick or size.
@@ -75,10 +79,17 @@ class TimerWheel : public Quarn::PtrInterface {
 
  protected:
   // Leaves the notifiees detached.
-  ~TimerWheel() override = default;
+  ~TimerWheel() override;
 
  private:
-  using Bucket = std::vector<Notifiee*>;
+  // The timers of one tick, in scheduling order.
+  struct Bucket {
+    Notifiee* head = nullptr;
+    Notifiee* tail = nullptr;
+    bool empty() const { return head == nullptr; }
+    void pushBack(Notifiee* n);
+    void remove(Notifiee* n);
+  };
 
   class Driver : public Quarn::Clock::Notifiee {
    public:
@@ -96,6 +107,8 @@ class TimerWheel : public Quarn::PtrInterface {
 
   void schedule(Notifiee* n, Quarn::Seconds t);
   void unschedule(Notifiee* n);
+  void bind(Notifiee* n);
+  void unbind(Notifiee* n);
   void moveWindowTo(std::int64_t tick);
   std::optional<std::int64_t> nextScheduledTick();
   void fireTick(std::int64_t tick);
@@ -111,7 +124,7 @@ class TimerWheel : public Quarn::PtrInterface {
   std::int64_t nextTick_ = 0;                        // first tick not yet processed
   bool firing_ = false;                              // inside fireTick
   std::size_t scheduledCount_ = 0;
-  Quarn::NotifieeList<Notifiee> notifiees_;  // every bound notifiee, scheduled or not
+  Notifiee* bound_ = nullptr;  // every bound notifiee, scheduled or not
   Driver driver_;
 };
 

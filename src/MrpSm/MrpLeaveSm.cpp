@@ -1,5 +1,6 @@
 #include "MrpSm/MrpLeaveSm.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "MrpSm/MrpSm.h"
@@ -22,9 +23,40 @@ void MrpLeaveSm::handleInitialized() {
   doScheduleLeaveTimer(mrpSm_->mrpConfig()->leaveTime());
 }
 
+namespace {
+
+bool keyBelow(const std::pair<std::uint64_t, bool>& entry, std::uint64_t key) { return entry.first < key; }
+
+}  // namespace
+
 bool MrpLeaveSm::leavePending(std::uint64_t key) const {
-  auto it = leavePending_.find(key);
-  return it != leavePending_.end() && it->second;
+  auto it = std::lower_bound(leavePending_.begin(), leavePending_.end(), key, keyBelow);
+  return it != leavePending_.end() && it->first == key && it->second;
+}
+
+void MrpLeaveSm::leavePendingIs(std::uint64_t key, bool pending) {
+  auto it = leavePending_.empty() || leavePending_.back().first < key
+                ? leavePending_.end()
+                : std::lower_bound(leavePending_.begin(), leavePending_.end(), key, keyBelow);
+  if (it == leavePending_.end() || it->first != key) {
+    if (pending) leavePending_.insert(it, {key, true});
+    return;
+  }
+  if (it->second == pending) return;
+  it->second = pending;
+  pending ? --leavePendingFalse_ : ++leavePendingFalse_;
+  if (leavePendingFalse_ * 2 > leavePending_.size()) {
+    std::erase_if(leavePending_, [](const auto& entry) { return !entry.second; });
+    leavePendingFalse_ = 0;
+  }
+}
+
+std::vector<std::uint64_t> MrpLeaveSm::leavePendingKeys() const {
+  std::vector<std::uint64_t> keys;
+  for (const auto& [key, pending] : leavePending_) {
+    if (pending) keys.push_back(key);
+  }
+  return keys;
 }
 
 void MrpLeaveSm::doScheduleLeaveTimer(Quarn::Seconds seconds) {
@@ -39,12 +71,7 @@ void MrpLeaveSm::handleLeaveTimer() {
   MRP_TRACE(7, "MrpLeaveSm::handleLeaveTimer() " << mrpAttribute_);
   doDrainPort();
   // A key handled here may leave the set: walk what is pending now.
-  const std::vector<std::uint64_t> keys = [this] {
-    std::vector<std::uint64_t> pending;
-    for (const auto& [key, isPending] : leavePending_) pending.push_back(key);
-    return pending;
-  }();
-  for (std::uint64_t key : keys) handleLeavePending(key);
+  for (std::uint64_t key : leavePendingKeys()) handleLeavePending(key);
   MrpRegistrarSm& registrar = *mrpSm_->registrarSm();
   if (registrar.leaveSm(mrpAttribute_) == self) {
     registrar.leaveSmDel(mrpAttribute_);

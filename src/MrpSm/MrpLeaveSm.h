@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <utility>
+#include <vector>
 
 #include "MrpModel/MrpAttribute.h"
 #include "brisk/TimerWheel.h"
@@ -31,12 +32,13 @@ class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   void handleInitialized();
 
-  // Attribute keys waiting for the timer, ascending.
-  const std::map<std::uint64_t, bool>& leavePendings() const { return leavePending_; }
+  // The attribute keys waiting for the timer.
   bool leavePending(std::uint64_t key) const;
-  void leavePendingIs(std::uint64_t key, bool pending) { leavePending_[key] = pending; }
-  void leavePendingDel(std::uint64_t key) { leavePending_.erase(key); }
+  void leavePendingIs(std::uint64_t key, bool pending);
+  void leavePendingDel(std::uint64_t key) { leavePendingIs(key, false); }
   void leavePendingDelAll() { leavePending_.clear(); }
+  // The keys pending, ascending.
+  std::vector<std::uint64_t> leavePendingKeys() const;
 
   // (Re)starts the one timer at now + `seconds`: a later leave postpones the
   // expiry of every key already pending.
@@ -69,7 +71,11 @@ class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const MrpAttribute mrpAttribute_;
   MrpSm* mrpSm_;
   Quarn::Ptr<Brisk::TimerWheel> timerWheel_;
-  std::map<std::uint64_t, bool> leavePending_;
+  // Ascending by key. A key that leaves stays as false until the set is
+  // compacted: a LeaveAll puts a port's keys here and the frame's joins take
+  // most of them out again, which must not shift the rest each time.
+  std::vector<std::pair<std::uint64_t, bool>> leavePending_;
+  std::size_t leavePendingFalse_ = 0;
   TimerReactor leaveTimer_;
 };
 

@@ -269,7 +269,7 @@ void MrpRegistrarSm::mrpCancelLeavePending(const Velo::IntfId& intfId) {
     auto it = map->lower_bound({intfId, 0, 0});
     while (it != map->end() && it->first.intfId == intfId) {
       MrpLeaveSm& machine = *it->second;
-      for (const auto& [key, pending] : machine.leavePendings()) {
+      for (std::uint64_t key : machine.leavePendingKeys()) {
         MRP_TRACE(8, "Intf: " << intfId << " Leave pending deleted: " << key);
       }
       machine.leavePendingDelAll();

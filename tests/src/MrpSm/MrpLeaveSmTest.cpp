@@ -65,7 +65,27 @@ TEST_F(MrpLeaveSmTest, ANewMachineArmsItsTimerWithTheConfiguredLeaveTime) {
   const Quarn::Ptr<Mrp::MrpLeaveSm> machine = registrar().leaveSmIs(kVlanLeaves);
   EXPECT_DOUBLE_EQ(machine->leaveTimerTime(), now() + 0.8);
   EXPECT_EQ(machine->mrpAttribute(), kVlanLeaves);
-  EXPECT_TRUE(machine->leavePendings().empty());
+  EXPECT_TRUE(machine->leavePendingKeys().empty());
+}
+
+TEST_F(MrpLeaveSmTest, PendingKeysStayAscendingThroughAddsRemovalsAndReAdds) {
+  const Quarn::Ptr<Mrp::MrpLeaveSm> machine = registrar().leaveSmIs(kVlanLeaves);
+  for (std::uint64_t key : {30, 10, 40, 20, 50}) machine->leavePendingIs(key, true);
+  machine->leavePendingDel(20);
+  machine->leavePendingDel(99);  // never pending
+  EXPECT_EQ(machine->leavePendingKeys(), (std::vector<std::uint64_t>{10, 30, 40, 50}));
+  // Most keys leaving, as a frame's joins after its LeaveAll do, then some coming back.
+  for (std::uint64_t key : {10, 30, 40}) machine->leavePendingDel(key);
+  machine->leavePendingIs(30, true);
+  machine->leavePendingIs(5, true);
+  machine->leavePendingIs(50, false);
+  machine->leavePendingIs(60, false);  // a key set false is not pending
+  EXPECT_EQ(machine->leavePendingKeys(), (std::vector<std::uint64_t>{5, 30}));
+  EXPECT_TRUE(machine->leavePending(30));
+  EXPECT_FALSE(machine->leavePending(50));
+  EXPECT_FALSE(machine->leavePending(60));
+  machine->leavePendingDelAll();
+  EXPECT_TRUE(machine->leavePendingKeys().empty());
 }
 
 TEST_F(MrpLeaveSmTest, SchedulingRestartsTheTimerFromNowEvenWhenThatIsEarlier) {
