@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include <cstdint>
 
 #include "MrpModel/MrpParsedAttributeKey.h"
@@ -28,9 +30,19 @@ class MrpParsedAttribute : public Quarn::PtrInterface {
   std::uint8_t attributeValueDeq() { return attributeValue_.deq(); }
   void attributeValueDel(ValueIndex index) { attributeValue_.del(index); }
   void attributeValueDelAll() { attributeValue_.delAll(); }
+  // All the octets at once, from index 0.
+  void attributeValueIs(std::span<const std::uint8_t> octets) { attributeValue_.assign(octets); }
 
  private:
-  const MrpParsedAttributeKey key_;
+  friend class MrpParsedAttributeTable;
+  // A recycled record starts over for another key.
+  void reuse(const MrpParsedAttributeKey& key) {
+    key_ = key;
+    attributeEvent_ = 0;
+    attributeValue_.delAll();
+  }
+
+  MrpParsedAttributeKey key_;
   std::uint8_t attributeEvent_ = 0;
   ValueQueue attributeValue_;
 };

@@ -1,5 +1,6 @@
 #include "MrpModel/ValueQueue.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace Mrp {
@@ -42,6 +43,13 @@ void ValueQueue::del(ValueIndex index) {
     octets_[wrap(head_ + offset)] = octets_[wrap(head_ + offset + 1)];
   }
   --size_;
+}
+
+void ValueQueue::assign(std::span<const std::uint8_t> octets) {
+  if (octets.size() > kCapacity) throwFull();
+  std::copy(octets.begin(), octets.end(), octets_.begin());
+  head_ = 0;
+  size_ = octets.size();
 }
 
 void ValueQueue::delAll() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include <array>
 #include <cstdint>
 
@@ -35,6 +37,8 @@ class ValueQueue {
   void del(ValueIndex index);
   // Empties the queue and restarts its positions at 0.
   void delAll();
+  // Holds `octets` from position 0; throws "ArrayQueue full" for more than 65.
+  void assign(std::span<const std::uint8_t> octets);
 
  private:
   static std::size_t wrap(std::size_t position) { return position % kCapacity; }

@@ -23,6 +23,7 @@
 #include "MrpSm/MrpLeaveAllSm.h"
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpPamSm.h"
+#include "MrpSm/MrpParsedAttributeTable.h"
 #include "MrpSm/MrpRegistrarSm.h"
 #include "MrpSm/MrpStpStatusReactor.h"
 #include "MrpSm/MrpStpiStatusReactor.h"
@@ -36,6 +37,7 @@
 #include "interface/EthDevPamCollection.h"
 #include "interface/EthDevPamManager.h"
 #include "interface/PamDesiredIntfDir.h"
+#include "quarn/IndexedFifo.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
 #include "stp/MstiPortStatus.h"
@@ -185,17 +187,20 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void futureProtocolVersionIs(bool future) { futureProtocolVersion_ = future; }
 
   // The attributes collected from the current frame.
-  using ParsedAttributeMap = std::unordered_map<MrpParsedAttributeKey, Quarn::Ptr<MrpParsedAttribute>>;
-  const ParsedAttributeMap& mrpParsedAttributes() const { return mrpParsedAttribute_; }
-  Quarn::Ptr<MrpParsedAttribute> mrpParsedAttribute(const MrpParsedAttributeKey& key) const;
+  const MrpParsedAttributeTable& mrpParsedAttributes() const { return mrpParsedAttribute_; }
+  Quarn::Ptr<MrpParsedAttribute> mrpParsedAttribute(const MrpParsedAttributeKey& key) const {
+    return mrpParsedAttribute_.find(key);
+  }
   // Finds or creates.
-  Quarn::Ptr<MrpParsedAttribute> mrpParsedAttributeIs(const MrpParsedAttributeKey& key);
+  Quarn::Ptr<MrpParsedAttribute> mrpParsedAttributeIs(const MrpParsedAttributeKey& key) {
+    return mrpParsedAttribute_.findOrCreate(key);
+  }
   void mrpParsedAttributeDel(const MrpParsedAttributeKey& key) { mrpParsedAttribute_.erase(key); }
   void mrpParsedAttributeDelAll() { mrpParsedAttribute_.clear(); }
 
   // Keys in order of receipt, one entry per occurrence: MSRP Domain keys
   // apart, every other key in mrpParsedAttributeKey.
-  using ParsedKeyQueue = Quarn::LinkQueue<MrpParsedAttributeKey>;
+  using ParsedKeyQueue = Quarn::IndexedFifo<MrpParsedAttributeKey>;
   const ParsedKeyQueue& mrpParsedAttributeKey() const { return mrpParsedAttributeKey_; }
   std::uint32_t mrpParsedAttributeKeyEnq(const MrpParsedAttributeKey& key) { return mrpParsedAttributeKey_.enq(key); }
   MrpParsedAttributeKey mrpParsedAttributeKeyDeq() { return mrpParsedAttributeKey_.deq(); }
@@ -425,7 +430,7 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   bool futureProtocolVersion_ = false;
   // Set while a frame is parsed once one of its reads ran past its end.
   bool parseEndedEarly_ = false;
-  ParsedAttributeMap mrpParsedAttribute_;
+  MrpParsedAttributeTable mrpParsedAttribute_;
   ParsedKeyQueue mrpParsedAttributeKey_;
   ParsedKeyQueue msrpParsedDomainKey_;
   // ==== end of receive parser fields ====

@@ -56,8 +56,7 @@ void noteValuelessVector(MrpParseContext& context) {
 
 // The value's octets from index 0, replacing those of an earlier occurrence.
 void saveValueBytes(MrpParsedAttribute& parsedAttribute, std::span<const std::uint8_t> bytes) {
-  parsedAttribute.attributeValueDelAll();
-  for (const std::uint8_t octet : bytes) parsedAttribute.attributeValueEnq(octet);
+  parsedAttribute.attributeValueIs(bytes);
 }
 
 }  // namespace
@@ -414,14 +413,6 @@ void MrpSm::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
 void MrpSm::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   if (static_cast<MvrpAttrType>(parsedAttribute.key().attributeType) != MvrpAttrType::vlanVector) return;
   saveValueBytes(parsedAttribute, valueBytes(mrpLib_->mvrpVlanVectorRx()));
-}
-
-Quarn::Ptr<MrpParsedAttribute> MrpSm::mrpParsedAttribute(const MrpParsedAttributeKey& key) const {
-  return Quarn::entryOf(mrpParsedAttribute_, key);
-}
-
-Quarn::Ptr<MrpParsedAttribute> MrpSm::mrpParsedAttributeIs(const MrpParsedAttributeKey& key) {
-  return Quarn::entryIs(mrpParsedAttribute_, key, [&key] { return new MrpParsedAttribute(key); });
 }
 
 }  // namespace Mrp

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -98,6 +99,29 @@ TEST(ValueQueueTest, DeleteAllRestartsAtZero) {
 TEST(ValueQueueTest, DequeueOfAnEmptyQueueThrows) {
   ValueQueue q;
   EXPECT_THROW(q.deq(), std::out_of_range);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ValueQueueAssignTest, HoldsTheOctetsFromPositionZeroWhateverWasThere) {
+  Mrp::ValueQueue queue;
+  for (int i = 0; i < 10; ++i) queue.enq(0xee);
+  queue.deq();
+  const std::uint8_t octets[] = {1, 2, 3};
+  queue.assign(octets);
+  ASSERT_EQ(queue.size(), 3u);
+  EXPECT_EQ(queue.head(), Mrp::ValueIndex(0));
+  EXPECT_EQ(queue.at(Mrp::ValueIndex(2)), 3);
+  EXPECT_EQ(queue.at(Mrp::ValueIndex(3)), 0) << "nothing is held behind the octets";
+}
+
+TEST(ValueQueueAssignTest, RefusesMoreThanSixtyFiveOctets) {
+  Mrp::ValueQueue queue;
+  const std::vector<std::uint8_t> tooMany(66, 1);
+  EXPECT_THROW(queue.assign(tooMany), std::range_error);
+  EXPECT_TRUE(queue.empty());
 }
 
 }  // namespace
