@@ -10,12 +10,11 @@ constexpr std::size_t kInitialSlots = 64;
 
 MrpParsedAttributeTable::MrpParsedAttributeTable() : slots_(kInitialSlots) {}
 
-// Linear probing from the key's hash: the slot holding the key, or the free
-// slot where it would go.
+// Linear probing from the key's hash, past erased slots.
 std::size_t MrpParsedAttributeTable::slotOf(const MrpParsedAttributeKey& key) const {
   const std::size_t mask = slots_.size() - 1;
   std::size_t i = key.hash() & mask;
-  while (slots_[i].attribute && !(slots_[i].key == key)) i = (i + 1) & mask;
+  while ((slots_[i].attribute && !(slots_[i].key == key)) || slots_[i].erased) i = (i + 1) & mask;
   return i;
 }
 
@@ -26,7 +25,7 @@ Quarn::Ptr<MrpParsedAttribute> MrpParsedAttributeTable::find(const MrpParsedAttr
 Quarn::Ptr<MrpParsedAttribute> MrpParsedAttributeTable::findOrCreate(const MrpParsedAttributeKey& key) {
   std::size_t i = slotOf(key);
   if (slots_[i].attribute) return slots_[i].attribute;
-  if ((size_ + 1) * 2 > slots_.size()) {
+  if ((size_ + erased_ + 1) * 2 > slots_.size()) {
     doGrow();
     i = slotOf(key);
   }
@@ -38,40 +37,37 @@ Quarn::Ptr<MrpParsedAttribute> MrpParsedAttributeTable::findOrCreate(const MrpPa
     spare_.pop_back();
     attribute->reuse(key);
   }
-  slots_[i] = {key, attribute};
+  slots_[i] = {key, attribute, false};
   ++size_;
   return attribute;
 }
 
-// Backward-shift deletion: the entries after the freed slot move up so that
-// every probe sequence stays unbroken.
 void MrpParsedAttributeTable::erase(const MrpParsedAttributeKey& key) {
-  std::size_t hole = slotOf(key);
-  if (!slots_[hole].attribute) return;
-  doRecycle(std::move(slots_[hole].attribute));
+  Slot& slot = slots_[slotOf(key)];
+  if (!slot.attribute) return;
+  doRecycle(std::move(slot.attribute));
+  slot.erased = true;
   --size_;
-  const std::size_t mask = slots_.size() - 1;
-  for (std::size_t j = (hole + 1) & mask; slots_[j].attribute; j = (j + 1) & mask) {
-    const std::size_t home = slots_[j].key.hash() & mask;
-    // Move j into the hole unless its home lies cyclically in (hole, j].
-    const bool homeBetween = hole <= j ? (hole < home && home <= j) : (hole < home || home <= j);
-    if (homeBetween) continue;
-    slots_[hole] = std::move(slots_[j]);
-    hole = j;
-  }
+  ++erased_;
 }
 
 void MrpParsedAttributeTable::clear() {
-  if (size_ == 0) return;
+  if (size_ == 0 && erased_ == 0) return;
   for (Slot& slot : slots_) {
     if (slot.attribute) doRecycle(std::move(slot.attribute));
+    slot.erased = false;
   }
   size_ = 0;
+  erased_ = 0;
 }
 
+// Twice the slots when the live records need them, else the same number:
+// either way without the erased markers.
 void MrpParsedAttributeTable::doGrow() {
-  std::vector<Slot> old(slots_.size() * 2);
+  const std::size_t slots = (size_ + 1) * 2 > slots_.size() / 2 ? slots_.size() * 2 : slots_.size();
+  std::vector<Slot> old(slots);
   old.swap(slots_);
+  erased_ = 0;
   for (Slot& slot : old) {
     if (slot.attribute) slots_[slotOf(slot.key)] = std::move(slot);
   }

@@ -13,6 +13,12 @@ namespace Mrp {
 // hash table over records that are recycled from frame to frame, so that
 // steady traffic collects without allocating. A record somebody else still
 // holds is never recycled.
+//
+// Keys hash to themselves, so a vector's consecutive keys fill consecutive
+// slots and are collected in memory order. An erased key leaves a marker
+// that lookups pass over (shifting the rest of such a run back would cost
+// the run's length); the markers go when the table is cleared for the next
+// frame or grows.
 class MrpParsedAttributeTable {
  public:
   MrpParsedAttributeTable();
@@ -30,16 +36,19 @@ class MrpParsedAttributeTable {
  private:
   struct Slot {
     MrpParsedAttributeKey key;
-    Quarn::Ptr<MrpParsedAttribute> attribute;  // null: the slot is free
+    Quarn::Ptr<MrpParsedAttribute> attribute;  // null: free, or erased when `erased`
+    bool erased = false;
   };
 
+  // The slot holding `key`, or the free slot where its probe ended.
   std::size_t slotOf(const MrpParsedAttributeKey& key) const;
   void doGrow();
   // Keeps a record for reuse unless somebody else holds it.
   void doRecycle(Quarn::Ptr<MrpParsedAttribute> attribute);
 
-  std::vector<Slot> slots_;  // a power of two of them, at most half used
+  std::vector<Slot> slots_;  // a power of two of them, at most half used or erased
   std::size_t size_ = 0;
+  std::size_t erased_ = 0;
   std::vector<Quarn::Ptr<MrpParsedAttribute>> spare_;
 };
 
