@@ -5,11 +5,12 @@
 namespace Mrp {
 
 Quarn::Ptr<MrpAttrDatabase> MrpIntfTypeApplicant::mrpAttributeIs(std::uint64_t key) {
-  return Quarn::entryIs(mrpAttribute_, key, [key] { return new MrpAttrDatabase(key); });
+  return mrpAttribute_.findOrInsert(key, [key] { return Quarn::Ptr<MrpAttrDatabase>(new MrpAttrDatabase(key)); });
 }
 
 Quarn::Ptr<MrpAttrDatabase> MrpIntfTypeApplicant::mrpAttribute(std::uint64_t key) const {
-  return Quarn::entryOf(mrpAttribute_, key);
+  const Quarn::Ptr<MrpAttrDatabase>* entry = mrpAttribute_.find(key);
+  return entry ? *entry : nullptr;
 }
 
 }  // namespace Mrp

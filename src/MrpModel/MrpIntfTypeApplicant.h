@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include "quarn/SortedMap.h"
 
 #include "MrpModel/MrpAttrDatabase.h"
 #include "quarn/Ptr.h"
@@ -11,7 +11,7 @@ namespace Mrp {
 // All registrations of one attribute type on one port, by ascending key.
 class MrpIntfTypeApplicant : public Quarn::PtrInterface {
  public:
-  using AttributeMap = std::map<std::uint64_t, Quarn::Ptr<MrpAttrDatabase>>;
+  using AttributeMap = Quarn::SortedMap<std::uint64_t, Quarn::Ptr<MrpAttrDatabase>>;
 
   // The entry of `key`, created on first use; an existing one is returned
   // untouched.

@@ -4,11 +4,11 @@
 #include <functional>
 #include <optional>
 #include <ostream>
-#include <set>
 #include <string>
 #include <string_view>
 
 #include "quarn/Ptr.h"
+#include "quarn/SortedMap.h"
 #include "velo/IntfId.h"
 
 namespace Mrp {
@@ -38,13 +38,13 @@ class MrpAttrIter : public Quarn::PtrInterface {
 
   // Adds (true) or removes (false) one key.
   void attributeKeyIs(std::uint64_t attributeKey, bool present);
-  bool attributeKey(std::uint64_t attributeKey) const { return attributeKeys_.count(attributeKey) != 0; }
+  bool attributeKey(std::uint64_t attributeKey) const { return attributeKeys_.contains(attributeKey); }
   // Ascending.
-  const std::set<std::uint64_t>& attributeKeys() const { return attributeKeys_; }
+  const Quarn::SortedSet<std::uint64_t>& attributeKeys() const { return attributeKeys_; }
 
  private:
   Key key_;
-  std::set<std::uint64_t> attributeKeys_;
+  Quarn::SortedSet<std::uint64_t> attributeKeys_;
 };
 
 std::ostream& operator<<(std::ostream& os, const MrpAttrIter::Key& key);

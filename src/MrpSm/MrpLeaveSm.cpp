@@ -23,42 +23,6 @@ void MrpLeaveSm::handleInitialized() {
   doScheduleLeaveTimer(mrpSm_->mrpConfig()->leaveTime());
 }
 
-namespace {
-
-bool keyBelow(const std::pair<std::uint64_t, bool>& entry, std::uint64_t key) { return entry.first < key; }
-
-}  // namespace
-
-bool MrpLeaveSm::leavePending(std::uint64_t key) const {
-  auto it = std::lower_bound(leavePending_.begin(), leavePending_.end(), key, keyBelow);
-  return it != leavePending_.end() && it->first == key && it->second;
-}
-
-void MrpLeaveSm::leavePendingIs(std::uint64_t key, bool pending) {
-  auto it = leavePending_.empty() || leavePending_.back().first < key
-                ? leavePending_.end()
-                : std::lower_bound(leavePending_.begin(), leavePending_.end(), key, keyBelow);
-  if (it == leavePending_.end() || it->first != key) {
-    if (pending) leavePending_.insert(it, {key, true});
-    return;
-  }
-  if (it->second == pending) return;
-  it->second = pending;
-  pending ? --leavePendingFalse_ : ++leavePendingFalse_;
-  if (leavePendingFalse_ * 2 > leavePending_.size()) {
-    std::erase_if(leavePending_, [](const auto& entry) { return !entry.second; });
-    leavePendingFalse_ = 0;
-  }
-}
-
-std::vector<std::uint64_t> MrpLeaveSm::leavePendingKeys() const {
-  std::vector<std::uint64_t> keys;
-  for (const auto& [key, pending] : leavePending_) {
-    if (pending) keys.push_back(key);
-  }
-  return keys;
-}
-
 void MrpLeaveSm::doScheduleLeaveTimer(Quarn::Seconds seconds) {
   const Quarn::Seconds expiry = timerWheel_->clock()->now() + seconds;
   MRP_TRACE(8, "void Mrp::MrpLeaveSm::doScheduleLeaveTimer(const Seconds&)" << " key: " << mrpAttribute_);

@@ -8,6 +8,7 @@
 #include "brisk/TimerWheel.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
+#include "quarn/SortedMap.h"
 #include "quarn/Types.h"
 
 namespace Mrp {
@@ -33,12 +34,14 @@ class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void handleInitialized();
 
   // The attribute keys waiting for the timer.
-  bool leavePending(std::uint64_t key) const;
-  void leavePendingIs(std::uint64_t key, bool pending);
-  void leavePendingDel(std::uint64_t key) { leavePendingIs(key, false); }
+  bool leavePending(std::uint64_t key) const { return leavePending_.contains(key); }
+  void leavePendingIs(std::uint64_t key, bool pending) {
+    pending ? leavePending_.insert(key) : leavePending_.erase(key);
+  }
+  void leavePendingDel(std::uint64_t key) { leavePending_.erase(key); }
   void leavePendingDelAll() { leavePending_.clear(); }
   // The keys pending, ascending.
-  std::vector<std::uint64_t> leavePendingKeys() const;
+  std::vector<std::uint64_t> leavePendingKeys() const { return {leavePending_.begin(), leavePending_.end()}; }
 
   // (Re)starts the one timer at now + `seconds`: a later leave postpones the
   // expiry of every key already pending.
@@ -71,11 +74,9 @@ class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const MrpAttribute mrpAttribute_;
   MrpSm* mrpSm_;
   Quarn::Ptr<Brisk::TimerWheel> timerWheel_;
-  // Ascending by key. A key that leaves stays as false until the set is
-  // compacted: a LeaveAll puts a port's keys here and the frame's joins take
-  // most of them out again, which must not shift the rest each time.
-  std::vector<std::pair<std::uint64_t, bool>> leavePending_;
-  std::size_t leavePendingFalse_ = 0;
+  // A LeaveAll puts a port's keys here in ascending order, and the frame's
+  // joins take most of them out again.
+  Quarn::SortedSet<std::uint64_t> leavePending_;
   TimerReactor leaveTimer_;
 };
 

@@ -164,7 +164,8 @@ TEST_F(MrpSmDispatchTest, LeaveAllDropsAnIndexedAttributeThatHasNoDatabaseEntry)
 
   const Quarn::Ptr<Mrp::MrpAttrIter> index = mvrp.sm().mrpAttrIter({kV1, 1});
   ASSERT_TRUE(index);
-  EXPECT_EQ(index->attributeKeys(), (std::set<std::uint64_t>{10, 20, 30}));
+  EXPECT_EQ(std::vector<std::uint64_t>(index->attributeKeys().begin(), index->attributeKeys().end()),
+            (std::vector<std::uint64_t>{10, 20, 30}));
   EXPECT_FALSE(vlan(99)) << "no entry is made for it";
   for (std::uint64_t key : {10, 20, 30}) EXPECT_EQ(vlan(key)->registrarState(), MrpRegistrarState::lv);
 }
