@@ -9,6 +9,7 @@
 #include "CaptureReader.h"
 #include "Decoder.h"
 #include "Hex.h"
+#include "JsonLine.h"
 
 namespace MrpCli {
 
@@ -72,7 +73,7 @@ int DecodeCommand::decodeCapture(std::ostream& out, std::ostream& err) const {
   CaptureReader reader(*file_);
   Decoder decoder;
   unsigned frame = 0;
-  while (auto captured = reader.next()) out << decoder.decodeFrame(++frame, captured->bytes) << '\n';
+  while (auto captured = reader.next()) out << jsonLine(decoder.decodeFrame(++frame, captured->bytes)) << '\n';
   if (!reader.ok()) return fail(err, reader.error());
   return 0;
 }
@@ -87,7 +88,7 @@ int DecodeCommand::decodeHexLines(std::istream& in, std::ostream& out, std::ostr
     std::string error;
     const auto mrpdu = hexDecode(line, error);
     if (!mrpdu) return fail(err, "line " + std::to_string(lineNumber) + ": " + error);
-    out << decoder.decodeMrpdu(++frame, *application_, *mrpdu) << '\n';
+    out << jsonLine(decoder.decodeMrpdu(++frame, *application_, *mrpdu)) << '\n';
   }
   return 0;
 }
@@ -97,7 +98,7 @@ int DecodeCommand::decodeHex(std::ostream& out, std::ostream& err) const {
   const auto mrpdu = hexDecode(*hex_, error);
   if (!mrpdu) return fail(err, "--hex: " + error);
   Decoder decoder;
-  out << decoder.decodeMrpdu(1, *application_, *mrpdu) << '\n';
+  out << jsonLine(decoder.decodeMrpdu(1, *application_, *mrpdu)) << '\n';
   return 0;
 }
 
