@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 
 #include <istream>
-#include <map>
 #include <ostream>
 
+#include "Applications.h"
 #include "CaptureReader.h"
 #include "Decoder.h"
 #include "Hex.h"
@@ -22,19 +22,6 @@ int fail(std::ostream& err, const std::string& message) {
   return kBadInput;
 }
 
-const std::map<std::string, Mrp::MrpApplication> kApplications = {{"msrp", Mrp::MrpApplication::msrp},
-                                                                  {"mvrp", Mrp::MrpApplication::mvrp}};
-
-// Accepts the names in kApplications; the message names what was given.
-CLI::Validator knownApplication() {
-  return CLI::Validator(
-      [](std::string& value) -> std::string {
-        if (kApplications.count(value)) return "";
-        return "unknown application '" + value + "' (msrp or mvrp)";
-      },
-      "");
-}
-
 }  // namespace
 
 DecodeCommand::DecodeCommand(CLI::App& program)
@@ -42,7 +29,7 @@ DecodeCommand::DecodeCommand(CLI::App& program)
           program.add_subcommand("decode", "Decode MRPDUs with the engine's own parser: one JSON object per frame")) {
   command_
       ->add_option_function<std::string>(
-          "--app", [this](const std::string& name) { application_ = kApplications.at(name); },
+          "--app", [this](const std::string& name) { application_ = applicationNamed(name); },
           "The MRP application of hex input")
       ->type_name("msrp|mvrp")
       ->check(knownApplication());

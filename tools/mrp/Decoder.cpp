@@ -1,5 +1,6 @@
 #include "Decoder.h"
 
+#include "Applications.h"
 #include "Hex.h"
 #include "MrpModel/MrpWireFormat.h"
 #include "quarn/System.h"
@@ -22,10 +23,6 @@ struct FrameCounters {
 FrameCounters countersOf(const Mrp::MrpCounters& c) {
   return {c.numOfIncorrectPduVersion(), c.numOfUnknownAttributeType(), c.numOfMalformedPkts(),
           c.numOfUnknownApplication()};
-}
-
-const char* applicationName(MrpApplication application) {
-  return application == MrpApplication::msrp ? "msrp" : "mvrp";
 }
 
 using Json = nlohmann::ordered_json;
