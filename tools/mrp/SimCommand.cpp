@@ -53,7 +53,13 @@ SimCommand::SimCommand(CLI::App& program)
   command_->add_flag("--json", json_, "Print the timeline as JSON lines");
   command_->add_option("--until", until_, "Run to this many seconds of simulated time (instead of the scenario's)")
       ->type_name("SECONDS")
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::Validator(
+          [](std::string& value) -> std::string {
+            double seconds = -1;
+            if (CLI::detail::lexical_cast(value, seconds) && seconds >= 0) return "";
+            return "'" + value + "' is not a number of seconds (0 or more)";
+          },
+          ""));
   command_->add_option("--pcap", pcapDir_, "Write each link's frames, both ways, to DIR/<a>-<port>_<b>-<port>.pcap")
       ->type_name("DIR");
   command_->footer(
