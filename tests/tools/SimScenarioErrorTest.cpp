@@ -91,8 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadScenario{"NotALink", withEvent(R"({"at": 1, "link": ["sw1:p1", "sw2:p1"], "up": false})"),
                     "events[1].link: sw1:p1 - sw2:p1 is not a link"},
         BadScenario{"RoleOutOfRange", withEvent(R"({"at": 1, "role": {"bridge": "sw1", "port": "p1", "role": 5}})"),
-                    "events[1].role.role: 5 is not a port role (0 disabled, 1 root, 2 designated, 3 alternate, 4 "
-                    "backup) (0..4)"},
+                    "events[1].role.role: 5 is not a port role (0..4: disabled, root, designated, alternate, backup)"},
         BadScenario{"ShortFrame", withEvent(R"({"at": 1, "inject": {"bridge": "sw1", "port": "p1", "frame": "0180c2"}})"),
                     "events[1].inject.frame: 3 octets is shorter than an Ethernet header (14)"}),
     [](const ::testing::TestParamInfo<BadScenario>& info) { return info.param.name; });

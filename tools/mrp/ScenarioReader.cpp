@@ -69,13 +69,15 @@ class Node {
     if (!(value >= 0) || !std::isfinite(value)) fail(json_.dump() + " is not a time (seconds, 0 or more)");
     return value;
   }
-  // A whole number in [lo, hi]; `noun` names what it is for the message.
-  std::uint64_t whole(std::uint64_t lo, std::uint64_t hi, const char* noun) const {
+  // A whole number in [lo, hi]; `noun` names what it is for the message,
+  // `meanings` what the numbers stand for, if they stand for names.
+  std::uint64_t whole(std::uint64_t lo, std::uint64_t hi, const char* noun, const char* meanings = nullptr) const {
     const bool inRange = json_.is_number_unsigned() && json_.get<std::uint64_t>() >= lo &&
                          json_.get<std::uint64_t>() <= hi;
     if (inRange) return json_.get<std::uint64_t>();
     if (!json_.is_number_integer()) fail("a whole number is needed");
-    fail(json_.dump() + " is not " + noun + " (" + std::to_string(lo) + ".." + std::to_string(hi) + ")");
+    fail(json_.dump() + " is not " + noun + " (" + std::to_string(lo) + ".." + std::to_string(hi) +
+         (meanings ? std::string(": ") + meanings : "") + ")");
   }
 
  private:
@@ -283,7 +285,7 @@ class Reader {
     node.object({"bridge", "port", "role"});
     const std::string bridge = bridgeOf(node["bridge"]);
     const std::string port = portOf(bridge, node["port"]);
-    const auto role = node["role"].whole(0, 4, "a port role (0 disabled, 1 root, 2 designated, 3 alternate, 4 backup)");
+    const auto role = node["role"].whole(0, 4, "a port role", "disabled, root, designated, alternate, backup");
     return {bridge, port, static_cast<Stp::MstiPortStatus::Role>(role)};
   }
 
