@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds libMrpSm and the mrp program, and runs them or the tests.
 #
-#   ./build.sh run     build (build/), then decode the sample capture with `mrp decode`
+#   ./build.sh run     build (build/), then run the default network of `mrp sim`
 #   ./build.sh test    build and run every test, plain (build/), optimised as a
 #                      release is (-O3, build-release/) and under
 #                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
@@ -75,7 +75,7 @@ case "${1:-}" in
   run)
     install_missing
     build build
-    build/tools/mrp decode samples/sample.pcap
+    build/tools/mrp sim
     ;;
   test)
     install_missing

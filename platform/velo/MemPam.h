@@ -54,6 +54,10 @@ class MemPam : public Pam {
   // The port disappears: the Pam closes, drops what it queued and tells its notifiees.
   void close();
 
+  // A frame arrives from the wire as if the peer had sent it, plugged in or
+  // not: the simulator injects frames and replays captures with it.
+  void pktArrive(const Pkt& frame);
+
  private:
   class Delivery : public Quarn::Clock::Notifiee {
    public:
@@ -68,7 +72,6 @@ class MemPam : public Pam {
   bool mediumHasData() const override { return !rxQueue_.empty(); }
   bool pktWrite(const Pkt& frame) override;
 
-  void pktArrive(const Pkt& frame);
   void handleDelivery();
 
   Quarn::Ptr<Quarn::Clock> clock_;

@@ -1,25 +1,14 @@
-#include "MrpProgram.h"
+#include "support/MrpRun.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-struct ProgramRun {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-ProgramRun mrp(const std::vector<std::string>& args) {
-  std::istringstream in;
-  std::ostringstream out, err;
-  const int status = MrpCli::runMrp(args, in, out, err);
-  return {status, out.str(), err.str()};
-}
+using MrpTest::mrp;
+using ProgramRun = MrpTest::MrpRun;
 
 struct HelpCase {
   std::vector<std::string> args;
@@ -46,7 +35,14 @@ INSTANTIATE_TEST_SUITE_P(
                       HelpCase{{"decode", "--help"},
                                "Usage: mrp decode [OPTIONS] [FILE]",
                                {"--app msrp|mvrp", "--hex HEX", "pcapng", "standard input"}},
-                      HelpCase{{"decode", "-h", "--app", "msrp"}, "Usage: mrp decode [OPTIONS] [FILE]", {"--hex"}}));
+                      HelpCase{{"decode", "-h", "--app", "msrp"}, "Usage: mrp decode [OPTIONS] [FILE]", {"--hex"}},
+                      HelpCase{{"--help"}, "Usage: mrp [OPTIONS] [SUBCOMMAND]", {"sim", "replay"}},
+                      HelpCase{{"sim", "--help"},
+                               "Usage: mrp sim [OPTIONS] [SCENARIO]",
+                               {"--json", "--until SECONDS", "--pcap DIR", "h1 - sw1 - sw2 - sw3 - h2"}},
+                      HelpCase{{"replay", "--help"},
+                               "Usage: mrp replay [OPTIONS] CAPTURE",
+                               {"--app msrp|mvrp", "--out OUT.pcap", "--json", "LeaveAll"}}));
 
 TEST(MrpProgramTest, PrintsItsVersion) {
   for (const char* flag : {"--version", "-V"}) {
@@ -74,12 +70,17 @@ TEST_P(MrpProgramErrorTest, FailsWithOneLineThatPointsAtTheHelpAndStatusTwo) {
 INSTANTIATE_TEST_SUITE_P(
     BadArguments, MrpProgramErrorTest,
     ::testing::Values(
-        BadCommandLine{{}, "mrp: a command is needed: decode (try 'mrp --help')"},
+        BadCommandLine{{}, "mrp: a command is needed: decode, sim, replay (try 'mrp --help')"},
         BadCommandLine{{"--frobnicate"},
                        "mrp: The following argument was not expected: --frobnicate (try 'mrp --help')"},
         BadCommandLine{{"frobnicate"}, "mrp: The following argument was not expected: frobnicate (try 'mrp --help')"},
         BadCommandLine{{"decode", "--app", "mvrp", "--frobnicate"},
                        "mrp decode: The following argument was not expected: --frobnicate (try 'mrp decode --help')"},
-        BadCommandLine{{"decode", "--hex"}, "mrp decode: --hex: 1 required HEX missing (try 'mrp decode --help')"}));
+        BadCommandLine{{"decode", "--hex"}, "mrp decode: --hex: 1 required HEX missing (try 'mrp decode --help')"},
+        BadCommandLine{{"sim", "--until", "-1"},
+                       "mrp sim: --until: '-1' is not a number of seconds (0 or more) (try 'mrp sim --help')"},
+        BadCommandLine{{"replay"}, "mrp replay: CAPTURE is required (try 'mrp replay --help')"},
+        BadCommandLine{{"replay", "x.pcap", "--app", "gvrp"},
+                       "mrp replay: --app: unknown application 'gvrp' (msrp or mvrp) (try 'mrp replay --help')"}));
 
 }  // namespace

@@ -3,12 +3,13 @@
 #include <CLI/CLI.hpp>
 
 #include <istream>
-#include <map>
 #include <ostream>
 
+#include "Applications.h"
 #include "CaptureReader.h"
 #include "Decoder.h"
 #include "Hex.h"
+#include "JsonLine.h"
 
 namespace MrpCli {
 
@@ -21,19 +22,6 @@ int fail(std::ostream& err, const std::string& message) {
   return kBadInput;
 }
 
-const std::map<std::string, Mrp::MrpApplication> kApplications = {{"msrp", Mrp::MrpApplication::msrp},
-                                                                  {"mvrp", Mrp::MrpApplication::mvrp}};
-
-// Accepts the names in kApplications; the message names what was given.
-CLI::Validator knownApplication() {
-  return CLI::Validator(
-      [](std::string& value) -> std::string {
-        if (kApplications.count(value)) return "";
-        return "unknown application '" + value + "' (msrp or mvrp)";
-      },
-      "");
-}
-
 }  // namespace
 
 DecodeCommand::DecodeCommand(CLI::App& program)
@@ -41,7 +29,7 @@ DecodeCommand::DecodeCommand(CLI::App& program)
           program.add_subcommand("decode", "Decode MRPDUs with the engine's own parser: one JSON object per frame")) {
   command_
       ->add_option_function<std::string>(
-          "--app", [this](const std::string& name) { application_ = kApplications.at(name); },
+          "--app", [this](const std::string& name) { application_ = applicationNamed(name); },
           "The MRP application of hex input")
       ->type_name("msrp|mvrp")
       ->check(knownApplication());
@@ -72,7 +60,7 @@ int DecodeCommand::decodeCapture(std::ostream& out, std::ostream& err) const {
   CaptureReader reader(*file_);
   Decoder decoder;
   unsigned frame = 0;
-  while (auto captured = reader.next()) out << decoder.decodeFrame(++frame, captured->bytes) << '\n';
+  while (auto captured = reader.next()) out << jsonLine(decoder.decodeFrame(++frame, captured->bytes)) << '\n';
   if (!reader.ok()) return fail(err, reader.error());
   return 0;
 }
@@ -87,7 +75,7 @@ int DecodeCommand::decodeHexLines(std::istream& in, std::ostream& out, std::ostr
     std::string error;
     const auto mrpdu = hexDecode(line, error);
     if (!mrpdu) return fail(err, "line " + std::to_string(lineNumber) + ": " + error);
-    out << decoder.decodeMrpdu(++frame, *application_, *mrpdu) << '\n';
+    out << jsonLine(decoder.decodeMrpdu(++frame, *application_, *mrpdu)) << '\n';
   }
   return 0;
 }
@@ -97,7 +85,7 @@ int DecodeCommand::decodeHex(std::ostream& out, std::ostream& err) const {
   const auto mrpdu = hexDecode(*hex_, error);
   if (!mrpdu) return fail(err, "--hex: " + error);
   Decoder decoder;
-  out << decoder.decodeMrpdu(1, *application_, *mrpdu) << '\n';
+  out << jsonLine(decoder.decodeMrpdu(1, *application_, *mrpdu)) << '\n';
   return 0;
 }
 

@@ -1,7 +1,7 @@
 #include "Decoder.h"
 
+#include "Applications.h"
 #include "Hex.h"
-#include "JsonLine.h"
 #include "MrpModel/MrpWireFormat.h"
 #include "quarn/System.h"
 #include "velo/EthHdr.h"
@@ -23,10 +23,6 @@ struct FrameCounters {
 FrameCounters countersOf(const Mrp::MrpCounters& c) {
   return {c.numOfIncorrectPduVersion(), c.numOfUnknownAttributeType(), c.numOfMalformedPkts(),
           c.numOfUnknownApplication()};
-}
-
-const char* applicationName(MrpApplication application) {
-  return application == MrpApplication::msrp ? "msrp" : "mvrp";
 }
 
 using Json = nlohmann::ordered_json;
@@ -55,20 +51,20 @@ Json leaveAllOf(const Mrp::MrpSm& engine) {
   return types;
 }
 
-std::string skipped(unsigned frame, const char* reason) { return jsonLine({{"frame", frame}, {"skipped", reason}}); }
+Json skipped(unsigned frame, const char* reason) { return {{"frame", frame}, {"skipped", reason}}; }
 
 }  // namespace
 
-Decoder::Decoder() : clock_(new Quarn::SimClock) { Quarn::System::clockIs(clock_); }
+Decoder::Decoder() : clock_(new Quarn::SimClock) {}
 
-Decoder::~Decoder() {
-  engines_.clear();
-  Quarn::System::clockIs(nullptr);
-}
+Decoder::~Decoder() { engines_.clear(); }
 
 Mrp::MrpSm& Decoder::engine(MrpApplication application) {
   Quarn::Ptr<Mrp::MrpSm>& engine = engines_[application];
   if (!engine) {
+    // An engine takes the process clock of its creation for its timers.
+    const Quarn::Ptr<Quarn::Clock> processClock = Quarn::System::clockPtr();
+    Quarn::System::clockIs(clock_);
     Quarn::Ptr<Mrp::MrpLib> lib = Mrp::mrpLibFactory();
     const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
     lib->applicationIs(application);
@@ -77,6 +73,7 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
     engine = Mrp::mrpSmFactory(new Bridging::Config, lib, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
                                new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
                                new Hive::EntityManager("mrp-decode"), false);
+    Quarn::System::clockIs(processClock);
   }
   return *engine;
 }
@@ -91,7 +88,7 @@ void Decoder::clearFrameState(Mrp::MrpSm& engine) {
   engine.futureProtocolVersionIs(false);
 }
 
-std::string Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std::vector<std::uint8_t>& mrpdu) {
+Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std::vector<std::uint8_t>& mrpdu) {
   Mrp::MrpSm& e = engine(application);
   const FrameCounters before = countersOf(*e.mrpCounters());
   const std::uint32_t eventsBefore = e.parseContext()->eventsCounter();
@@ -99,7 +96,7 @@ std::string Decoder::decodeMrpdu(unsigned frame, MrpApplication application, con
   e.parseMrpdu(Velo::Pkt::pktNew(mrpdu.data(), mrpdu.size()));
 
   const FrameCounters after = countersOf(*e.mrpCounters());
-  const std::string line = jsonLine({
+  Json description = {
       {"frame", frame},
       {"application", applicationName(application)},
       {"leaveAll", leaveAllOf(e)},
@@ -111,12 +108,12 @@ std::string Decoder::decodeMrpdu(unsigned frame, MrpApplication application, con
         {"numOfUnknownAttributeType", after.unknownAttributeType - before.unknownAttributeType},
         {"numOfMalformedPkts", after.malformedPkts - before.malformedPkts},
         {"numOfUnknownApplication", after.unknownApplication - before.unknownApplication}}},
-  });
+  };
   clearFrameState(e);
-  return line;
+  return description;
 }
 
-std::string Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+Json Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
   const auto header = Velo::EthHdr::fromBytes(ethernetFrame.data(), ethernetFrame.size());
   if (!header) return skipped(frame, "shorter than an Ethernet header");
   std::size_t offset = Velo::EthHdr::kSize;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "MrpModel/MrpApplication.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
@@ -12,21 +14,23 @@
 namespace MrpCli {
 
 // Runs MRPDUs through the engine's own parser, as the receive path would on
-// one engine per application (simulated clock, no sockets), and describes
-// what each frame left behind as one JSON object.
+// one engine per application (no sockets), and describes what each frame
+// left behind as one JSON object.
 class Decoder {
  public:
-  // Installs a simulated process clock for the engines' timers.
+  // The engines' timers run on a simulated clock of the decoder's own, which
+  // never moves: the process clock is left as it is.
   Decoder();
   ~Decoder();
   Decoder(const Decoder&) = delete;
   Decoder& operator=(const Decoder&) = delete;
 
   // One MRPDU, from its ProtocolVersion octet.
-  std::string decodeMrpdu(unsigned frame, Mrp::MrpApplication application, const std::vector<std::uint8_t>& mrpdu);
+  nlohmann::ordered_json decodeMrpdu(unsigned frame, Mrp::MrpApplication application,
+                                     const std::vector<std::uint8_t>& mrpdu);
   // One Ethernet frame: the application is chosen by destination address and
   // EtherType (behind at most one VLAN tag); other frames are skipped.
-  std::string decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+  nlohmann::ordered_json decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
 
  private:
   Mrp::MrpSm& engine(Mrp::MrpApplication application);

@@ -5,6 +5,8 @@
 #include <ostream>
 
 #include "DecodeCommand.h"
+#include "ReplayCommand.h"
+#include "SimCommand.h"
 
 namespace MrpCli {
 
@@ -44,6 +46,8 @@ int runMrp(const std::vector<std::string>& args, std::istream& in, std::ostream&
   program.require_subcommand(0, 1);
   program.footer("Environment:\n  MRP_TRACE   trace levels per tag, e.g. MRP_TRACE=\"MrpSm/0-9\" (levels 0-9)");
   const DecodeCommand decode(program);
+  const SimCommand sim(program);
+  const ReplayCommand replay(program);
 
   try {
     std::vector<std::string> reversed(args.rbegin(), args.rend());  // the order CLI11 consumes
@@ -55,6 +59,8 @@ int runMrp(const std::vector<std::string>& args, std::istream& in, std::ostream&
   if (program.get_subcommands().empty()) {
     return badArguments(program, "a command is needed: " + commandNames(program), err);
   }
+  if (sim.chosen()) return sim.run(out, err);
+  if (replay.chosen()) return replay.run(out, err);
   return decode.run(in, out, err);
 }
 

@@ -131,6 +131,17 @@ TEST_F(MemPamTest, AnUnpluggedEndSendsNothing) {
   EXPECT_FALSE(a.txPkt(*frameOf(20, 1)));
 }
 
+TEST_F(MemPamTest, AFrameArrivingFromOutsideIsDeliveredAsIfThePeerHadSentIt) {
+  Taker taker(&b);
+  a.peerIs(nullptr);
+  b.pktArrive(*frameOf(20, 5));
+  EXPECT_EQ(taker.announced, 0) << "nothing arrives inside pktArrive";
+  clock->advance(0);
+  ASSERT_EQ(taker.frames.size(), 1u);
+  EXPECT_EQ(taker.frames[0], Bytes(20, 5));
+  EXPECT_EQ(a.txPkts(), 0u);
+}
+
 // Records what its end put on the wire.
 class RecordingTap : public Velo::MemPam::Tap {
  public:

@@ -1,0 +1,365 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "CaptureReader.h"
+#include "support/MrpRun.h"
+#include "support/TempDir.h"
+#include "support/Tshark.h"
+
+namespace MrpTest {
+namespace {
+
+using Json = nlohmann::json;
+
+const std::string kScenarios = std::string(MRP_SOURCE_DIR) + "/tests/tools/scenarios/";
+constexpr double kLeaveTime = 0.6;
+constexpr double kLeaveAllTime = 10.0;
+// The registrar's transmit timer: a leave goes out at the next cycle.
+constexpr double kTransmitCycle = 0.1;
+// Times are printed to the microsecond.
+constexpr double kSlack = 1e-6;
+const std::string kStream = "00:1b:21:00:00:01:00:01";
+constexpr std::uint64_t kStreamKey = 0x001b210000010001;
+
+std::vector<Json> jsonLines(const std::string& text) {
+  std::vector<Json> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(Json::parse(line));
+  return lines;
+}
+
+std::vector<Json> simJson(std::vector<std::string> args) {
+  args.insert(args.begin(), "sim");
+  args.push_back("--json");
+  const MrpRun run = mrp(args);
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  return jsonLines(run.out);
+}
+
+// The first indication of `kind` for (bridge, port, type, key) from `after`
+// on; nullopt if there is none.
+std::optional<double> indicationAt(const std::vector<Json>& lines, const std::string& kind, const std::string& bridge,
+                                   const std::string& port, unsigned type, std::uint64_t key, double after = 0) {
+  for (const Json& line : lines) {
+    if (line.value("indication", "") == kind && line["bridge"] == bridge && line["port"] == port &&
+        line["type"] == type && line["key"] == key && line["t"].get<double>() >= after) {
+      return line["t"].get<double>();
+    }
+  }
+  return std::nullopt;
+}
+
+std::size_t countWhere(const std::vector<Json>& lines, const std::function<bool(const Json&)>& match) {
+  return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), match));
+}
+
+// The default network: h1 - sw1 - sw2 - sw3 - h2. h1 declares VLAN 10 and
+// the talker at 1 s, h2 the listener at 2 s; the VLAN is withdrawn at 30 s,
+// sw2:p2 - sw3:p1 is down from 40 s to 60 s.
+class DefaultSimTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { lines_ = new std::vector<Json>(simJson({})); }
+  static void TearDownTestSuite() {
+    delete lines_;
+    lines_ = nullptr;
+  }
+  const std::vector<Json>& lines() const { return *lines_; }
+
+ private:
+  static std::vector<Json>* lines_;
+};
+
+std::vector<Json>* DefaultSimTest::lines_ = nullptr;
+
+TEST_F(DefaultSimTest, TheVlanAndTheStreamAreRegisteredAtTheFarEndWithinOneSecond) {
+  const auto vlan = indicationAt(lines(), "join", "h2", "e0", 1, 10);
+  ASSERT_TRUE(vlan);
+  EXPECT_LE(*vlan, 1.0 + 1.0);
+  const auto talker = indicationAt(lines(), "join", "h2", "e0", 1, kStreamKey);
+  ASSERT_TRUE(talker);
+  EXPECT_LE(*talker, 1.0 + 1.0);
+  const auto listener = indicationAt(lines(), "join", "h1", "e0", 3, kStreamKey);
+  ASSERT_TRUE(listener);
+  EXPECT_LE(*listener, 2.0 + 1.0);
+}
+
+TEST_F(DefaultSimTest, LeaveAllCyclesBeforeTheWithdrawalLeaveEveryRegistrationInPlace) {
+  EXPECT_GT(countWhere(lines(), [](const Json& l) { return l.contains("leaveAll") && l["t"] < 30.0; }), 10u);
+  EXPECT_EQ(countWhere(lines(), [](const Json& l) { return l.value("indication", "") == "leave" && l["t"] < 30.0; }),
+            0u);
+}
+
+TEST_F(DefaultSimTest, AWithdrawnVlanIsDeregisteredHopByHopWithinTheLeaveTimeAndOneTransmitCycle) {
+  const double withdrawn = 30.0;
+  const std::vector<std::pair<std::string, std::string>> hops = {{"sw1", "p1"}, {"sw2", "p1"}, {"sw3", "p1"}, {"h2", "e0"}};
+  for (std::size_t hop = 0; hop < hops.size(); ++hop) {
+    const auto left = indicationAt(lines(), "leave", hops[hop].first, hops[hop].second, 1, 10, withdrawn);
+    ASSERT_TRUE(left) << hops[hop].first;
+    EXPECT_LE(*left, withdrawn + static_cast<double>(hop + 1) * (kLeaveTime + kTransmitCycle) + kSlack)
+        << hops[hop].first;
+  }
+  for (const Json& line : lines()) {
+    if (!line.contains("registrations")) continue;
+    for (const Json& registration : line["registrations"]) {
+      EXPECT_FALSE(registration["app"] == "mvrp" && registration["key"] == 10) << line;
+    }
+  }
+}
+
+TEST_F(DefaultSimTest, ACutLinkDeregistersWhatWasHeardThroughItWithinOneAndAHalfLeaveAllTimesAndALeaveTime) {
+  const double cut = 40.0;
+  const double bound = cut + 1.5 * kLeaveAllTime + kLeaveTime + kSlack;
+  const auto talker = indicationAt(lines(), "leave", "sw3", "p1", 1, kStreamKey, cut);
+  ASSERT_TRUE(talker);
+  EXPECT_LE(*talker, bound);
+  const auto listener = indicationAt(lines(), "leave", "sw2", "p2", 3, kStreamKey, cut);
+  ASSERT_TRUE(listener);
+  EXPECT_LE(*listener, bound);
+  // Restored at 60 s, the stream comes back by the next LeaveAll.
+  const auto back = indicationAt(lines(), "join", "h2", "e0", 1, kStreamKey, 60.0);
+  ASSERT_TRUE(back);
+  EXPECT_LE(*back, 60.0 + 1.5 * kLeaveAllTime + kSlack);
+}
+
+TEST_F(DefaultSimTest, EveryTransmittedFrameIsOnTheTimelineWithItsApplication) {
+  const std::size_t frames = countWhere(lines(), [](const Json& l) { return l.contains("tx"); });
+  EXPECT_GT(frames, 100u);
+  EXPECT_EQ(countWhere(lines(),
+                       [](const Json& l) {
+                         if (!l.contains("tx")) return false;
+                         const std::string dst = l["tx"].get<std::string>().substr(0, 12);
+                         return (l["app"] == "mvrp" && dst == "0180c2000021") ||
+                                (l["app"] == "msrp" && dst == "0180c200000e");
+                       }),
+            frames);
+  EXPECT_EQ(countWhere(lines(), [](const Json& l) { return l.contains("link"); }), 2u);
+}
+
+TEST_F(DefaultSimTest, TheRunEndsWithOneRegistrationTablePerBridge) {
+  std::vector<std::string> bridges;
+  for (const Json& line : lines()) {
+    if (line.contains("registrations")) bridges.push_back(line["bridge"]);
+  }
+  EXPECT_EQ(bridges, (std::vector<std::string>{"h1", "sw1", "sw2", "sw3", "h2"}));
+  const Json& last = lines().back();
+  EXPECT_EQ(last["t"], 90.0);
+  // Only the domains are left: each port declares and registers class A.
+  ASSERT_EQ(last["registrations"].size(), 1u);
+  EXPECT_EQ(last["registrations"][0],
+            Json::parse(R"({"port": "e0", "app": "msrp", "type": 4, "key": 6, "value": "06030002",
+                            "registrar": "IN", "applicant": "QA"})"));
+}
+
+TEST(SimCommandTest, ThreeHundredSecondsOfRandomisedLeaveAllGiveNoLeaveIndication) {
+  const std::vector<Json> lines = simJson({kScenarios + "leaveall-300s.json"});
+  EXPECT_GT(countWhere(lines, [](const Json& l) { return l.contains("leaveAll"); }), 100u);
+  EXPECT_GE(countWhere(lines, [](const Json& l) { return l.value("indication", "") == "join"; }), 10u);
+  for (const Json& line : lines) EXPECT_NE(line.value("indication", ""), "leave") << line;
+}
+
+TEST(SimCommandTest, TheSameSeedGivesTheSameOutputByteForByteAndAnotherSeedAnother) {
+  TempDir dir;
+  std::ifstream in(kScenarios + "leaveall-300s.json");
+  std::stringstream text;
+  text << in.rdbuf();
+  std::string reseeded = text.str();
+  reseeded.replace(reseeded.find("\"seed\": 7"), 9, "\"seed\": 8");
+  std::ofstream(dir.file("reseeded.json")) << reseeded;
+
+  const MrpRun first = mrp({"sim", kScenarios + "leaveall-300s.json", "--json"});
+  const MrpRun second = mrp({"sim", kScenarios + "leaveall-300s.json", "--json"});
+  const MrpRun other = mrp({"sim", dir.file("reseeded.json"), "--json"});
+  EXPECT_EQ(first.status, 0);
+  EXPECT_EQ(first.out, second.out);
+  EXPECT_NE(first.out, other.out) << "the LeaveAll periods are drawn from the seed";
+}
+
+TEST(SimCommandTest, APortThatStopsForwardingWithdrawsWhatItRegisteredAndAnInjectedFrameIsHeard) {
+  const std::vector<Json> lines = simJson({kScenarios + "role-and-inject.json"});
+  const auto injected = indicationAt(lines, "join", "sw1", "p2", 1, 20);
+  ASSERT_TRUE(injected);
+  EXPECT_EQ(*injected, 1.0);
+  EXPECT_TRUE(indicationAt(lines, "join", "h1", "e0", 1, 20));
+  EXPECT_EQ(countWhere(lines,
+                       [](const Json& l) {
+                         return l.contains("role") && l["bridge"] == "sw1" && l["role"] == 3 && l["previousRole"] == 2;
+                       }),
+            1u);
+  // sw1 forgets p1's VLAN 10 without a leave indication, and withdraws it from h2.
+  EXPECT_FALSE(indicationAt(lines, "leave", "sw1", "p1", 1, 10));
+  const auto left = indicationAt(lines, "leave", "h2", "e0", 1, 10, 3.0);
+  ASSERT_TRUE(left);
+  EXPECT_LE(*left, 3.0 + kLeaveTime + kTransmitCycle + kSlack);
+}
+
+TEST(SimCommandTest, UntilEndsTheRunEarlier) {
+  const std::vector<Json> lines = simJson({"--until", "5"});
+  EXPECT_EQ(lines.back()["t"], 5.0);
+  for (const Json& line : lines) EXPECT_LE(line["t"].get<double>(), 5.0);
+}
+
+TEST(SimCommandTest, TheTimelineReadsAsAlignedColumnsAndEndsWithTheRegistrationTables) {
+  const MrpRun run = mrp({"sim", "--until", "12"});
+  ASSERT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, ::testing::StartsWith("      time  bridge  port  app   event\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n     1.000  h1      e0    mvrp  declare VLAN 10\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n     1.100  h2      e0    msrp  join talker " + kStream +
+                                            " (91:e0:f0:00:fe:01, VLAN 2)\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("  mvrp  LeaveAll sent (VLAN)\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\nRegistrations at 12.000 s\n\nh1\n"
+                                            "  port  app   attribute                                                   "
+                                            "registrar  applicant\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n  e0    mvrp  VLAN 10                                                     "
+                                            "IN         VO\n"));
+}
+
+TEST(SimCommandTest, ALinkCutAndRestoredReadsInWords) {
+  const MrpRun run = mrp({"sim", "--until", "61"});
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n    40.000                      link sw2:p2 - sw3:p1 down\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n    60.000                      link sw2:p2 - sw3:p1 up\n"));
+}
+
+// Every frame of the default network's captures, dissected in one tshark run.
+TEST(SimCommandTest, EveryCapturedFrameOfTheDefaultNetworkDissectsWithoutAMalformedReport) {
+  requireTshark();
+  TempDir dir;
+  const MrpRun run = mrp({"sim", "--pcap", dir.file("pcap")});
+  ASSERT_EQ(run.status, 0) << run.err;
+  std::vector<std::vector<std::uint8_t>> frames;
+  for (const char* link : {"h1-e0_sw1-p1", "sw1-p2_sw2-p1", "sw2-p2_sw3-p1", "sw3-p2_h2-e0"}) {
+    MrpCli::CaptureReader reader(dir.file("pcap/") + link + ".pcap");
+    ASSERT_TRUE(reader.ok()) << reader.error();
+    while (auto frame = reader.next()) frames.push_back(frame->bytes);
+    EXPECT_TRUE(reader.ok()) << reader.error();
+  }
+  ASSERT_GT(frames.size(), 100u);
+  const auto dissected = tsharkDissect(frames);
+  for (std::size_t i = 0; i < dissected.size(); ++i) {
+    bool mrp = false;
+    for (const DissectedField& field : dissected[i]) {
+      EXPECT_NE(field.name, "_ws.malformed") << "frame " << i;
+      mrp = mrp || field.name == "mrp-mvrp" || field.name == "mrp-msrp";
+    }
+    EXPECT_TRUE(mrp) << "frame " << i;
+  }
+}
+
+// The registrations at the end, as "app type key registrar" lines.
+std::vector<std::string> registered(const Json& table) {
+  std::vector<std::string> out;
+  for (const Json& r : table["registrations"]) {
+    if (r["registrar"] != "IN") continue;
+    out.push_back(r["app"].get<std::string>() + " " + std::to_string(r["type"].get<unsigned>()) + " " +
+                  std::to_string(r["key"].get<std::uint64_t>()));
+  }
+  std::sort(out.begin(), out.end());
+  out.erase(std::unique(out.begin(), out.end()), out.end());
+  return out;
+}
+
+TEST(ReplayCommandTest, ACaptureOfTheSimulatorReproducesWhatWasRegisteredOnTheLink) {
+  TempDir dir;
+  const std::vector<Json> sim = simJson({"--until", "20", "--pcap", dir.file("pcap")});
+  // What either end of sw1 - sw2 had registered at the end.
+  std::vector<std::string> expected;
+  for (const Json& line : sim) {
+    if (!line.contains("registrations") || (line["bridge"] != "sw1" && line["bridge"] != "sw2")) continue;
+    Json ends = line;
+    ends["registrations"] = Json::array();
+    const std::string port = line["bridge"] == "sw1" ? "p2" : "p1";
+    for (const Json& r : line["registrations"]) {
+      if (r["port"] == port) ends["registrations"].push_back(r);
+    }
+    for (const std::string& entry : registered(ends)) expected.push_back(entry);
+  }
+  std::sort(expected.begin(), expected.end());
+  expected.erase(std::unique(expected.begin(), expected.end()), expected.end());
+  ASSERT_EQ(expected.size(), 4u) << "VLAN 10, the talker, the listener and the domain";
+
+  const MrpRun replay = mrp({"replay", dir.file("pcap/sw1-p2_sw2-p1.pcap"), "--json", "--out", dir.file("out.pcap")});
+  ASSERT_EQ(replay.status, 0) << replay.err;
+  const std::vector<Json> lines = jsonLines(replay.out);
+  EXPECT_EQ(registered(lines.back()), expected);
+  EXPECT_EQ(lines.back()["bridge"], "replay");
+
+  // What the replaying bridge sent is in --out, frame for frame.
+  std::vector<std::string> sent;
+  for (const Json& line : lines) {
+    if (line.contains("tx")) sent.push_back(line["tx"]);
+  }
+  MrpCli::CaptureReader reader(dir.file("out.pcap"));
+  std::vector<std::string> written;
+  while (auto frame = reader.next()) {
+    std::string hex;
+    for (std::uint8_t octet : frame->bytes) {
+      char digits[3];
+      std::snprintf(digits, sizeof digits, "%02x", octet);
+      hex += digits;
+    }
+    written.push_back(hex);
+  }
+  EXPECT_FALSE(sent.empty());
+  EXPECT_EQ(written, sent);
+}
+
+TEST(ReplayCommandTest, OnlyTheChosenApplicationIsReplayed) {
+  TempDir dir;
+  simJson({"--until", "5", "--pcap", dir.file("pcap")});
+  const MrpRun replay = mrp({"replay", dir.file("pcap/h1-e0_sw1-p1.pcap"), "--app", "mvrp", "--json"});
+  ASSERT_EQ(replay.status, 0) << replay.err;
+  std::size_t mvrp = 0;
+  for (const Json& line : jsonLines(replay.out)) {
+    if (!line.contains("app")) continue;
+    EXPECT_EQ(line["app"], "mvrp") << line;
+    ++mvrp;
+  }
+  EXPECT_GT(mvrp, 0u);
+}
+
+struct BadReplay {
+  std::string capture;  // written to the file, or no file when empty
+  std::vector<std::string> options;
+  std::string error;  // after "mrp replay: <file>"
+};
+
+class ReplayCommandErrorTest : public ::testing::TestWithParam<BadReplay> {};
+
+TEST_P(ReplayCommandErrorTest, FailsWithOneLineAndStatusTwo) {
+  TempDir dir;
+  const std::string file = dir.file("capture.pcap");
+  if (!GetParam().capture.empty()) std::ofstream(file, std::ios::binary) << GetParam().capture;
+  std::vector<std::string> args = {"replay", file};
+  args.insert(args.end(), GetParam().options.begin(), GetParam().options.end());
+  const MrpRun run = mrp(args);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, ::testing::MatchesRegex("mrp replay: .*" + GetParam().error + "\n"));
+}
+
+// A classic pcap header (little-endian, microseconds, Ethernet) and one
+// 14-octet frame that is not MRP.
+const std::string kNotMrpCapture = std::string(
+    "\xd4\xc3\xb2\xa1\x02\x00\x04\x00\x00\x00\x00\x00\x00\x00\x00\x00\xff\xff\x00\x00\x01\x00\x00\x00"
+    "\x00\x00\x00\x00\x00\x00\x00\x00\x0e\x00\x00\x00\x0e\x00\x00\x00"
+    "\xff\xff\xff\xff\xff\xff\x02\x00\x00\x00\x00\x01\x08\x00",
+    54);
+
+INSTANTIATE_TEST_SUITE_P(
+    BadCaptures, ReplayCommandErrorTest,
+    ::testing::Values(BadReplay{"", {}, "cannot open '.*capture.pcap'"},
+                      BadReplay{"not a capture", {}, ".*capture.pcap: not a pcap or pcapng file: .*"},
+                      BadReplay{kNotMrpCapture, {}, ".*capture.pcap: no MSRP or MVRP frame"},
+                      BadReplay{kNotMrpCapture, {"--app", "msrp"}, ".*capture.pcap: no msrp frame"}));
+
+}  // namespace
+}  // namespace MrpTest

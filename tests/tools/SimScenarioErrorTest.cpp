@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "support/MrpRun.h"
+#include "support/TempDir.h"
+
+namespace MrpTest {
+namespace {
+
+// A scenario with two bridges; "EVENT" is replaced by the event under test.
+const std::string kBase = R"({
+  "applications": ["mvrp"],
+  "bridges": {"sw1": {"ports": ["p1", "p2"]}, "sw2": {"ports": ["p1"]}},
+  "links": [["sw1:p2", "sw2:p1"]],
+  "events": [{"at": 0, "declare": {"bridge": "sw1", "port": "p1", "app": "mvrp", "vlan": 10}}, EVENT]
+})";
+
+std::string withEvent(const std::string& event) {
+  std::string text = kBase;
+  return text.replace(text.find("EVENT"), 5, event);
+}
+
+struct BadScenario {
+  std::string name;
+  std::string text;
+  std::string error;  // after "mrp sim: <file>: "
+};
+
+class SimScenarioErrorTest : public ::testing::TestWithParam<BadScenario> {};
+
+TEST_P(SimScenarioErrorTest, NamesThePlaceInOneLineWithStatusTwoAndRunsNothing) {
+  TempDir dir;
+  const std::string file = dir.file("scenario.json");
+  std::ofstream(file) << GetParam().text;
+  const MrpRun run = mrp({"sim", file, "--pcap", dir.file("pcap")});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "mrp sim: " + file + ": " + GetParam().error + "\n");
+  std::ifstream capture(dir.file("pcap/sw1-p2_sw2-p1.pcap"));
+  EXPECT_FALSE(capture.good()) << "nothing runs";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    BadFiles, SimScenarioErrorTest,
+    ::testing::Values(
+        BadScenario{"NotJson", "{\"bridges\": ",
+                    "not JSON: parse error at line 1, column 13: syntax error while parsing value - unexpected "
+                    "end of input; expected '[', '{', or a literal"},
+        BadScenario{"UnknownTopLevelField", R"({"bridges": {"sw1": {"ports": ["p1"]}}, "untill": 5})",
+                    "untill: unknown field"},
+        BadScenario{"UnknownApplication", R"({"applications": ["gvrp"], "bridges": {"sw1": {"ports": ["p1"]}}})",
+                    "applications[0]: unknown application 'gvrp' (mvrp or msrp)"},
+        BadScenario{"NoBridges", R"({"bridges": {}})", "bridges: at least one bridge is needed"},
+        BadScenario{"BadBridgeName", R"({"bridges": {"sw 1": {"ports": ["p1"]}}})",
+                    "bridges.sw 1: a bridge name is letters, digits, '-', '_' and '.'"},
+        BadScenario{"PortListedTwice", R"({"bridges": {"sw1": {"ports": ["p1", "p1"]}}})",
+                    "bridges.sw1.ports[1]: port 'p1' is listed twice"},
+        BadScenario{"LinkToAMissingPort",
+                    R"({"bridges": {"sw1": {"ports": ["p1"]}, "sw2": {"ports": ["p1"]}}, "links": [["sw1:p1", "sw2:p7"]]})",
+                    "links[0][1]: sw2 has no port 'p7'"},
+        BadScenario{"LinkToAMissingBridge", R"({"bridges": {"sw1": {"ports": ["p1"]}}, "links": [["sw1:p1", "sw9:p1"]]})",
+                    "links[0][1]: no bridge 'sw9'"},
+        BadScenario{"LinkEndNotBridgePort", R"({"bridges": {"sw1": {"ports": ["p1"]}}, "links": [["sw1p1", "sw1:p1"]]})",
+                    "links[0][0]: 'sw1p1' is not bridge:port"},
+        BadScenario{"PortLinkedTwice",
+                    R"({"bridges": {"sw1": {"ports": ["p1", "p2"]}}, "links": [["sw1:p1", "sw1:p2"], ["sw1:p2", "sw1:p1"]]})",
+                    "links[1][0]: sw1:p2 is already linked"},
+        BadScenario{"NegativeLeaveTime", R"({"bridges": {"sw1": {"ports": ["p1"]}}, "config": {"leaveTime": -1}})",
+                    "config.leaveTime: -1 is not a time (seconds, 0 or more)"},
+        BadScenario{"VlanOutOfRange", withEvent(R"({"at": 1, "declare": {"bridge": "sw1", "app": "mvrp", "vlan": 4095}})"),
+                    "events[1].declare.vlan: 4095 is not a VLAN id (1..4094)"},
+        BadScenario{"VlanNotWhole", withEvent(R"({"at": 1, "declare": {"bridge": "sw1", "app": "mvrp", "vlan": 1.5}})"),
+                    "events[1].declare.vlan: a whole number is needed"},
+        BadScenario{"UnknownBridge", withEvent(R"({"at": 1, "withdraw": {"bridge": "sw9", "app": "mvrp", "vlan": 10}})"),
+                    "events[1].withdraw.bridge: no bridge 'sw9'"},
+        BadScenario{"UnknownPort",
+                    withEvent(R"({"at": 1, "declare": {"bridge": "sw2", "port": "p2", "app": "mvrp", "vlan": 10}})"),
+                    "events[1].declare.port: sw2 has no port 'p2'"},
+        BadScenario{"UnknownEventField",
+                    withEvent(R"({"at": 1, "declare": {"bridge": "sw1", "app": "mvrp", "vlan": 10, "colour": 1}})"),
+                    "events[1].declare.colour: unknown field"},
+        BadScenario{"ApplicationNotRun",
+                    withEvent(R"({"at": 1, "declare": {"bridge": "sw1", "app": "msrp", "domain": {"classId": 6, "priority": 3, "vid": 2}}})"),
+                    "events[1].declare.app: 'msrp' is not among the applications"},
+        BadScenario{"MissingAt", withEvent(R"({"declare": {"bridge": "sw1", "app": "mvrp", "vlan": 10}})"),
+                    "events[1].at: missing"},
+        BadScenario{"NoAction", withEvent(R"({"at": 1})"),
+                    "events[1]: one of declare, withdraw, link, role or inject is needed"},
+        BadScenario{"NotALink", withEvent(R"({"at": 1, "link": ["sw1:p1", "sw2:p1"], "up": false})"),
+                    "events[1].link: sw1:p1 - sw2:p1 is not a link"},
+        BadScenario{"RoleOutOfRange", withEvent(R"({"at": 1, "role": {"bridge": "sw1", "port": "p1", "role": 5}})"),
+                    "events[1].role.role: 5 is not a port role (0..4: disabled, root, designated, alternate, backup)"},
+        BadScenario{"ShortFrame", withEvent(R"({"at": 1, "inject": {"bridge": "sw1", "port": "p1", "frame": "0180c2"}})"),
+                    "events[1].inject.frame: 3 octets is shorter than an Ethernet header (14)"}),
+    [](const ::testing::TestParamInfo<BadScenario>& info) { return info.param.name; });
+
+TEST(SimScenarioErrorTest, MsrpValuesAreCheckedFieldByField) {
+  TempDir dir;
+  const std::string file = dir.file("scenario.json");
+  std::ofstream(file) << R"({"applications": ["msrp"], "bridges": {"h1": {"ports": ["e0"]}},
+    "events": [{"at": 0, "declare": {"bridge": "h1", "port": "e0", "app": "msrp", "talkerAdvertise":
+      {"streamId": "00:1b:21", "destination": "91:e0:f0:00:fe:01", "vlan": 2, "maxFrameSize": 100,
+       "maxIntervalFrames": 1, "priority": 3, "rank": 1, "latency": 1000}}}]})";
+  const MrpRun run = mrp({"sim", file});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "mrp sim: " + file +
+                         ": events[0].declare.talkerAdvertise.streamId: '00:1b:21' is not a stream id (8 octets in "
+                         "hex, e.g. 00:1b:21:00:00:01:00:01)\n");
+}
+
+TEST(SimScenarioErrorTest, AMissingFileIsNamed) {
+  const MrpRun run = mrp({"sim", "/nonexistent/scenario.json"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "mrp sim: cannot open '/nonexistent/scenario.json'\n");
+}
+
+}  // namespace
+}  // namespace MrpTest

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "Timeline.h"
+
+namespace MrpCli {
+
+// The timeline as JSON lines, one object per line:
+//   {"t": 1.3, "bridge": "sw2", "port": "p1", "app": "mvrp", "indication": "join", "type": 1, "key": 10, "value": "000a"}
+//   {"t": 1.3, "bridge": "sw2", "port": "p2", "app": "mvrp", "tx": "<frame hex>"}
+//   {"t": 40, "link": ["sw2:p2", "sw3:p1"], "up": false}
+//   {"t": 90, "bridge": "sw2", "registrations": [{"port": ..., "registrar": "IN", "applicant": "QA"}]}
+// Times are rounded to the microsecond, so that the same run prints the
+// same bytes.
+class JsonTimeline : public Timeline {
+ public:
+  explicit JsonTimeline(std::ostream& out) : out_(out) {}
+
+  void requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) override;
+  void indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) override;
+  void transmitted(const TimelinePlace& place, Mrp::MrpApplication application, const std::vector<std::uint8_t>& frame,
+                   const std::vector<std::uint8_t>& leaveAllTypes) override;
+  void injected(const TimelinePlace& place, const std::vector<std::uint8_t>& frame) override;
+  void linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) override;
+  void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from, Stp::MstiPortStatus::Role to) override;
+  void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override;
+
+ private:
+  std::ostream& out_;
+};
+
+}  // namespace MrpCli

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "MrpModel/MrpApplication.h"
+
+namespace CLI {
+class App;
+}
+
+namespace MrpCli {
+
+// `mrp replay CAPTURE [--app mvrp|msrp] [--out OUT.pcap] [--json]`: one
+// bridge with one port receives every MRP frame of a capture at its capture
+// time (from the first frame on), and the timeline tells what its engines
+// indicated and sent.
+class ReplayCommand {
+ public:
+  // The replaying bridge and its port, as the timeline names them.
+  static constexpr const char* kBridge = "replay";
+  static constexpr const char* kPort = "p1";
+  // How long the replay goes on after the last frame: leaves that the
+  // capture started take effect.
+  static constexpr double kSettleSeconds = 1.0;
+
+  explicit ReplayCommand(CLI::App& program);
+
+  bool chosen() const;
+  // Returns the exit status: 0; 2 after a one-line error on `err` for a
+  // capture that cannot be read, has no MRP frame of the application, or an
+  // output that cannot be written.
+  int run(std::ostream& out, std::ostream& err) const;
+
+ private:
+  CLI::App* command_;
+  std::string file_;
+  std::optional<Mrp::MrpApplication> application_;
+  std::optional<std::string> outFile_;
+  bool json_ = false;
+};
+
+}  // namespace MrpCli

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace MrpCli {
+
+// `mrp sim [SCENARIO.json] [--json] [--until SECONDS] [--pcap DIR]`: runs a
+// network of bridges in simulated time (the embedded default without a
+// file) and prints its timeline.
+class SimCommand {
+ public:
+  explicit SimCommand(CLI::App& program);
+
+  bool chosen() const;
+  // Returns the exit status: 0; 2 after a one-line error on `err` for a bad
+  // scenario or a capture directory that cannot be written (nothing runs
+  // then); 1 when a capture fails while the simulation runs.
+  int run(std::ostream& out, std::ostream& err) const;
+
+ private:
+  CLI::App* command_;
+  std::optional<std::string> file_;
+  bool json_ = false;
+  std::optional<double> until_;
+  std::optional<std::string> pcapDir_;
+};
+
+}  // namespace MrpCli

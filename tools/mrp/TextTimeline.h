@@ -1,0 +1,48 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "Timeline.h"
+
+namespace MrpCli {
+
+// The timeline for a person: one line per event in aligned columns (time in
+// seconds with milliseconds, bridge, port, application, what happened in
+// words), then each bridge's registrations as a table.
+//
+//       time  bridge  port  app   event
+//      1.000  h1      e0    mvrp  declare VLAN 10
+//      1.100  sw1     p1    mvrp  join VLAN 10
+//     12.400  sw1     p2    mvrp  LeaveAll sent (VLAN)
+//     40.000                      link sw2:p2 - sw3:p1 down
+//
+// Transmitted frames show only when they carry a LeaveAll.
+class TextTimeline : public Timeline {
+ public:
+  // The columns fit the longest of the bridge and port names.
+  TextTimeline(std::ostream& out, const std::vector<std::string>& bridges, const std::vector<std::string>& ports);
+
+  void requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) override;
+  void indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) override;
+  void transmitted(const TimelinePlace& place, Mrp::MrpApplication application, const std::vector<std::uint8_t>& frame,
+                   const std::vector<std::uint8_t>& leaveAllTypes) override;
+  void injected(const TimelinePlace& place, const std::vector<std::uint8_t>& frame) override;
+  void linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) override;
+  void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from, Stp::MstiPortStatus::Role to) override;
+  void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override;
+
+ private:
+  void row(Quarn::Seconds t, const std::string& bridge, const std::string& port, const std::string& app,
+           const std::string& event);
+  void headingOnce();
+
+  std::ostream& out_;
+  std::size_t bridgeWidth_;
+  std::size_t portWidth_;
+  bool headed_ = false;
+  bool tablesStarted_ = false;
+};
+
+}  // namespace MrpCli

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "AttributeValue.h"
+#include "Bridge.h"
+#include "quarn/Types.h"
+#include "stp/MstiPortStatus.h"
+
+namespace MrpCli {
+
+// Where and when something happened in a simulated network: seconds from
+// the start, a bridge and one of its ports ("" for the whole bridge).
+struct TimelinePlace {
+  Quarn::Seconds t = 0;
+  std::string bridge;
+  std::string port;
+};
+
+// Hears what happens in a simulated network, in time order, and tells it
+// to a person (TextTimeline) or a program (JsonTimeline).
+class Timeline {
+ public:
+  virtual ~Timeline() = default;
+
+  // An end station or a bridge declares or withdraws a value.
+  virtual void requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) = 0;
+  // An engine's join or leave indication.
+  virtual void indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) = 0;
+  // A frame a port put on its wire, and the attribute types it carries a
+  // LeaveAll for.
+  virtual void transmitted(const TimelinePlace& place, Mrp::MrpApplication application,
+                           const std::vector<std::uint8_t>& frame, const std::vector<std::uint8_t>& leaveAllTypes) = 0;
+  // A frame arrives at a port from outside the network.
+  virtual void injected(const TimelinePlace& place, const std::vector<std::uint8_t>& frame) = 0;
+  virtual void linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) = 0;
+  virtual void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from,
+                           Stp::MstiPortStatus::Role to) = 0;
+  // What a bridge holds at the end of the run.
+  virtual void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) = 0;
+};
+
+}  // namespace MrpCli
