@@ -68,6 +68,14 @@ void TextTimeline::requested(const TimelinePlace& place, const MrpAgent::Attribu
 }
 
 void TextTimeline::indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) {
+  const Registered key{place.bridge, place.port, value.application(), value.attributeType(), value.attributeKey()};
+  if (join) {
+    auto [it, inserted] = registered_.try_emplace(key, value);
+    if (!inserted && it->second == value) return;
+    it->second = value;
+  } else {
+    registered_.erase(key);
+  }
   row(place.t, place.bridge, place.port, applicationName(value.application()),
       (join ? "join " : "leave ") + valueText(value));
 }

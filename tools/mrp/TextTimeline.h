@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
+#include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Timeline.h"
@@ -18,7 +21,10 @@ namespace MrpCli {
 //     12.400  sw1     p2    mvrp  LeaveAll sent (VLAN)
 //     40.000                      link sw2:p2 - sw3:p1 down
 //
-// Transmitted frames show only when they carry a LeaveAll.
+// Transmitted frames show only when they carry a LeaveAll. A join of what a
+// port has registered already, with the same value, is not shown again:
+// the engine indicates every received Domain join and each of a New's two
+// messages; the JSON timeline shows every indication.
 class TextTimeline : public Timeline {
  public:
   // The columns fit the longest of the bridge and port names.
@@ -37,6 +43,10 @@ class TextTimeline : public Timeline {
   void row(Quarn::Seconds t, const std::string& bridge, const std::string& port, const std::string& app,
            const std::string& event);
   void headingOnce();
+
+  // What each bridge's port has registered, by application, type and key.
+  using Registered = std::tuple<std::string, std::string, Mrp::MrpApplication, std::uint8_t, std::uint64_t>;
+  std::map<Registered, MrpAgent::AttributeValue> registered_;
 
   std::ostream& out_;
   std::size_t bridgeWidth_;
