@@ -27,13 +27,23 @@ Velo::EthAddr ethAddrOf(std::uint64_t v) {
 
 }  // namespace
 
-MsrpTalkerAdvertiseAttribute mrpIncrementTalkerAttribute(MsrpTalkerAdvertiseAttribute value) {
-  value.streamIdIs(value.streamId() + 1);
+MsrpTalkerAdvertiseAttribute mrpAdvanceTalkerAttribute(MsrpTalkerAdvertiseAttribute value, std::uint64_t distance) {
+  value.streamIdIs(value.streamId() + distance);
   DataFrameParameters frame = value.frame();
-  const Velo::EthAddr dmac = ethAddrOf(u48Of(frame.dmac()) + 1);
-  MRP_TRACE(8, "original dmac = " << frame.dmac() << ", converted dmac = " << dmac);
-  frame.dmacIs(dmac);
+  frame.dmacIs(ethAddrOf(u48Of(frame.dmac()) + distance));
   value.frameIs(frame);
+  return value;
+}
+
+MsrpTalkerAdvertiseAttribute mrpIncrementTalkerAttribute(MsrpTalkerAdvertiseAttribute value) {
+  const MsrpTalkerAdvertiseAttribute next = mrpAdvanceTalkerAttribute(value, 1);
+  MRP_TRACE(8, "original dmac = " << value.frame().dmac() << ", converted dmac = " << next.frame().dmac());
+  return next;
+}
+
+MsrpDomainAttribute mrpAdvanceDomainAttribute(MsrpDomainAttribute value, std::uint64_t distance) {
+  value.srClassIdIs(static_cast<std::uint8_t>(value.srClassId() + distance));
+  value.srClassPriorityIs(static_cast<std::uint8_t>(value.srClassPriority() + distance));
   return value;
 }
 

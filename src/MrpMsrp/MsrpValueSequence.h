@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "MrpMsrp/MsrpDomainAttribute.h"
 #include "MrpMsrp/MsrpTalkerAdvertiseAttribute.h"
 #include "velo/EthAddr.h"
 
@@ -15,6 +16,11 @@ namespace Mrp {
 // frame's dmac + 1 as a 48-bit number, a carry out of the 48 bits lost; the
 // other fields unchanged.
 MsrpTalkerAdvertiseAttribute mrpIncrementTalkerAttribute(MsrpTalkerAdvertiseAttribute value);
+// The talker value `distance` positions further by the same rule, untraced.
+MsrpTalkerAdvertiseAttribute mrpAdvanceTalkerAttribute(MsrpTalkerAdvertiseAttribute value, std::uint64_t distance);
+// The domain value `distance` positions further: class id and priority
+// advance modulo 256, the VID stays.
+MsrpDomainAttribute mrpAdvanceDomainAttribute(MsrpDomainAttribute value, std::uint64_t distance);
 
 // True when the talker value (streamId, dmac) is `distance` positions after
 // (firstStreamId, firstDmac): the stream ids modulo 2^64, the addresses as

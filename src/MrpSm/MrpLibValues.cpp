@@ -4,6 +4,7 @@
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
+#include "MrpSm/MrpValueAt.h"
 
 namespace Mrp {
 
@@ -28,17 +29,15 @@ void MrpLib::mrpIncrementTalkerFailed() {
   MRP_TRACE(8, " TalkerFailedAttribute = " << msrpTalkerFailedRx_);
 }
 
-void MrpLib::mrpIncrementListenerVector() { msrpListenerVectorRx_.streamIdIs(msrpListenerVectorRx_.streamId() + 1); }
+void MrpLib::mrpIncrementListenerVector() { msrpListenerVectorRx_ = mrpValueAt(msrpListenerVectorRx_, 1); }
 
 void MrpLib::mrpIncrementDomainVector() {
-  MsrpDomainAttribute& domain = msrpDomainVectorRx_;
-  domain.srClassIdIs(static_cast<std::uint8_t>(domain.srClassId() + 1));
-  domain.srClassPriorityIs(static_cast<std::uint8_t>(domain.srClassPriority() + 1));
-  MRP_TRACE(8, " Domain vector = " << domain);
+  msrpDomainVectorRx_ = mrpValueAt(msrpDomainVectorRx_, 1);
+  MRP_TRACE(8, " Domain vector = " << msrpDomainVectorRx_);
 }
 
 void MrpLib::mrpIncrementVlanVector() {
-  mvrpVlanVectorRx_.vlanIdIs(static_cast<std::uint16_t>(mvrpVlanVectorRx_.vlanId() + 1));
+  mvrpVlanVectorRx_ = mrpValueAt(mvrpVlanVectorRx_, 1);
   MRP_TRACE(8, " Vlan vector = " << mvrpVlanVectorRx_);
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "MrpModel/MrpValueBytes.h"
+#include "MrpSm/MrpValueAt.h"
 #include "quarn/Trace.h"
 
 namespace {
@@ -79,6 +80,32 @@ TEST_F(MsrpValueSequenceTest, DomainInSequenceDoesNotWrapAt256) {
   EXPECT_FALSE(mrpDomainValueInSequence(6, 8, 3, 4, 1));
   EXPECT_FALSE(mrpDomainValueInSequence(255, 0, 255, 0, 1));
   EXPECT_FALSE(mrpDomainValueInSequence(0, 0, 0, 0, 256));
+}
+
+}  // namespace
+
+namespace {
+
+// Advancing n positions at once is advancing one position n times.
+TEST(MrpValueAtTest, AdvancingManyPositionsIsAdvancingOneAtATime) {
+  const Mrp::MsrpTalkerAdvertiseAttribute talker(
+      0x00112233FFFFFFF0, Mrp::DataFrameParameters(Velo::EthAddr(0xff, 0xff, 0xff, 0xff, 0xff, 0xf8), 2),
+      Mrp::Tspec(100, 1), Mrp::PriorityAndRank(3, 1), 7);
+  const Mrp::MsrpDomainAttribute domain(250, 252, 2);
+  const Mrp::MvrpVlanAttribute vlan(65530);
+  Mrp::MsrpTalkerAdvertiseAttribute t = talker;
+  Mrp::MsrpDomainAttribute d = domain;
+  Mrp::MvrpVlanAttribute v = vlan;
+  for (std::uint64_t distance = 1; distance <= 20; ++distance) {
+    t = Mrp::mrpIncrementTalkerAttribute(t);
+    d = Mrp::mrpValueAt(d, 1);
+    v = Mrp::mrpValueAt(v, 1);
+    EXPECT_EQ(Mrp::mrpValueAt(talker, distance), t) << distance;
+    EXPECT_EQ(Mrp::mrpValueAt(domain, distance), d) << distance;
+    EXPECT_EQ(Mrp::mrpValueAt(vlan, distance), v) << distance;
+  }
+  EXPECT_EQ(d.srClassVID(), 2) << "the VID stays";
+  EXPECT_EQ(v.vlanId(), (65530 + 20) % 65536) << "VLAN ids wrap at 2^16";
 }
 
 }  // namespace
