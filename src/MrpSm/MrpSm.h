@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <unordered_map>
 
@@ -24,6 +26,7 @@
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpPamSm.h"
 #include "MrpSm/MrpParsedAttributeTable.h"
+#include "MrpSm/MrpParsedRuns.h"
 #include "MrpSm/MrpRegistrarSm.h"
 #include "MrpSm/MrpStpStatusReactor.h"
 #include "MrpSm/MrpStpiStatusReactor.h"
@@ -187,28 +190,67 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void futureProtocolVersionIs(bool future) { futureProtocolVersion_ = future; }
 
   // The attributes collected from the current frame.
-  const MrpParsedAttributeTable& mrpParsedAttributes() const { return mrpParsedAttribute_; }
+  //
+  // The parser collects a frame vector by vector (MrpParsedRuns) as long as
+  // no key repeats; these accessors show the frame value by value, as the
+  // collections below, which they fill from the runs on first use.
+  const MrpParsedAttributeTable& mrpParsedAttributes() const {
+    materializeParsedRuns();
+    return mrpParsedAttribute_;
+  }
   Quarn::Ptr<MrpParsedAttribute> mrpParsedAttribute(const MrpParsedAttributeKey& key) const {
+    materializeParsedRuns();
     return mrpParsedAttribute_.find(key);
   }
   // Finds or creates.
   Quarn::Ptr<MrpParsedAttribute> mrpParsedAttributeIs(const MrpParsedAttributeKey& key) {
+    materializeParsedRuns();
     return mrpParsedAttribute_.findOrCreate(key);
   }
-  void mrpParsedAttributeDel(const MrpParsedAttributeKey& key) { mrpParsedAttribute_.erase(key); }
-  void mrpParsedAttributeDelAll() { mrpParsedAttribute_.clear(); }
+  void mrpParsedAttributeDel(const MrpParsedAttributeKey& key) {
+    materializeParsedRuns();
+    mrpParsedAttribute_.erase(key);
+  }
+  void mrpParsedAttributeDelAll() {
+    materializeParsedRuns();
+    mrpParsedAttribute_.clear();
+  }
 
   // Keys in order of receipt, one entry per occurrence: MSRP Domain keys
   // apart, every other key in mrpParsedAttributeKey.
   using ParsedKeyQueue = Quarn::IndexedFifo<MrpParsedAttributeKey>;
-  const ParsedKeyQueue& mrpParsedAttributeKey() const { return mrpParsedAttributeKey_; }
-  std::uint32_t mrpParsedAttributeKeyEnq(const MrpParsedAttributeKey& key) { return mrpParsedAttributeKey_.enq(key); }
-  MrpParsedAttributeKey mrpParsedAttributeKeyDeq() { return mrpParsedAttributeKey_.deq(); }
-  void mrpParsedAttributeKeyDelAll() { mrpParsedAttributeKey_.delAll(); }
-  const ParsedKeyQueue& msrpParsedDomainKey() const { return msrpParsedDomainKey_; }
-  std::uint32_t msrpParsedDomainKeyEnq(const MrpParsedAttributeKey& key) { return msrpParsedDomainKey_.enq(key); }
-  MrpParsedAttributeKey msrpParsedDomainKeyDeq() { return msrpParsedDomainKey_.deq(); }
-  void msrpParsedDomainKeyDelAll() { msrpParsedDomainKey_.delAll(); }
+  const ParsedKeyQueue& mrpParsedAttributeKey() const {
+    materializeParsedRuns();
+    return mrpParsedAttributeKey_;
+  }
+  std::uint32_t mrpParsedAttributeKeyEnq(const MrpParsedAttributeKey& key) {
+    materializeParsedRuns();
+    return mrpParsedAttributeKey_.enq(key);
+  }
+  MrpParsedAttributeKey mrpParsedAttributeKeyDeq() {
+    materializeParsedRuns();
+    return mrpParsedAttributeKey_.deq();
+  }
+  void mrpParsedAttributeKeyDelAll() {
+    materializeParsedRuns();
+    mrpParsedAttributeKey_.delAll();
+  }
+  const ParsedKeyQueue& msrpParsedDomainKey() const {
+    materializeParsedRuns();
+    return msrpParsedDomainKey_;
+  }
+  std::uint32_t msrpParsedDomainKeyEnq(const MrpParsedAttributeKey& key) {
+    materializeParsedRuns();
+    return msrpParsedDomainKey_.enq(key);
+  }
+  MrpParsedAttributeKey msrpParsedDomainKeyDeq() {
+    materializeParsedRuns();
+    return msrpParsedDomainKey_.deq();
+  }
+  void msrpParsedDomainKeyDelAll() {
+    materializeParsedRuns();
+    msrpParsedDomainKey_.delAll();
+  }
   // ==== end of receive parser ====
 
   // ==== Attribute database and batched updates (MrpSmDatabase.cpp, MrpSmPending.cpp) ====
@@ -357,8 +399,12 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // Makes a parsed attribute current: its saved value into the service
   // object's receive and transmit fields of its type.
   void fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
-  void fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
-  void fillMvrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
+  // The same for the saved octets of a parsed attribute.
+  void fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
+                                std::span<const std::uint8_t> octets);
+  void fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
+                                 std::span<const std::uint8_t> octets);
+  void fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets);
   // ==== end of received-event dispatch ====
 
   // ==== Transmit (MrpSmTransmit.cpp) ====
@@ -430,9 +476,38 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   bool futureProtocolVersion_ = false;
   // Set while a frame is parsed once one of its reads ran past its end.
   bool parseEndedEarly_ = false;
-  MrpParsedAttributeTable mrpParsedAttribute_;
-  ParsedKeyQueue mrpParsedAttributeKey_;
-  ParsedKeyQueue msrpParsedDomainKey_;
+  // The frame vector by vector, while no key repeats.
+  mutable MrpParsedRuns parsedRuns_;
+  // The frame value by value: filled from the runs when asked for or once a
+  // key repeats.
+  mutable MrpParsedAttributeTable mrpParsedAttribute_;
+  mutable ParsedKeyQueue mrpParsedAttributeKey_;
+  mutable ParsedKeyQueue msrpParsedDomainKey_;
+  // Off only for tests that compare with the value-by-value collection.
+  bool parsedRunsEnabled_ = true;
+  friend class MrpSmParsePeer;
+  // One vector's events and Listener declarations while it is collected.
+  std::vector<std::uint8_t> vectorEvents_;
+  std::vector<std::uint8_t> vectorDeclarations_;
+
+  // Whether the current vector may be collected as a run: the frame is
+  // collected at all and nothing of it is value by value yet.
+  bool collectsRuns() const;
+  // Collects the current vector, whose events (and declarations) are
+  // decoded, as a run, leaving the receive slot and the parse context as
+  // its last value would; false when its keys would repeat.
+  bool collectRun();
+  // Turns the runs into the value-by-value collections.
+  void materializeParsedRuns() const;
+  // The octets of the run's value `index`, as a parsed attribute saves them.
+  std::size_t parsedRunValue(const MrpParsedRuns::Run& run, std::size_t index,
+                             std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets>& octets) const;
+  // The event this frame carries for the attribute, if any.
+  std::optional<std::uint8_t> parsedEventOf(std::uint8_t attributeType, std::uint64_t key) const;
+  void processParsedRuns(const Velo::IntfId& intfId);
+  // Applicant, then registrar, for one received value made current.
+  void processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
+                          std::span<const std::uint8_t> octets);
   // ==== end of receive parser fields ====
 
   // ==== Attribute database fields ====

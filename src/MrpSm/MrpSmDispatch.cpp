@@ -12,12 +12,11 @@ namespace Mrp {
 
 namespace {
 
-// The saved octets of a parsed attribute as a value record of its type.
-template <class Record>
-Record savedValue(const MrpParsedAttribute& parsedAttribute) {
-  std::array<std::uint8_t, sizeof(Record)> octets{};
+// The saved octets of a parsed attribute, from index 0.
+std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> savedOctets(const MrpParsedAttribute& parsedAttribute) {
+  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
   for (std::size_t i = 0; i < octets.size(); ++i) octets[i] = parsedAttribute.attributeValue(ValueIndex(i));
-  return valueFromBytes<Record>(octets);
+  return octets;
 }
 
 }  // namespace
@@ -38,6 +37,10 @@ void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
   mrpTransmitTxAttributes(intfId);
   // Domain attributes go first, so a talker is judged against the port's
   // current domain.
+  if (!parsedRuns_.empty()) {
+    processParsedRuns(intfId);
+    return;
+  }
   while (!msrpParsedDomainKey_.empty()) {
     processParsedAttribute(msrpParsedDomainKey_.head(), intfId);
     msrpParsedDomainKeyDeq();
@@ -51,11 +54,35 @@ void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
   mrpParsedAttributeDelAll();
 }
 
+// A frame collected vector by vector holds each key once: its values go in
+// the same order, Domain runs first, without being collected one by one.
+void MrpSm::processParsedRuns(const Velo::IntfId& intfId) {
+  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
+  const bool msrp = mrpLib_->application() == MrpApplication::msrp;
+  for (const bool domains : {true, false}) {
+    for (const MrpParsedRuns::Run& run : parsedRuns_.runs()) {
+      const bool domain = msrp && static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
+      if (domain != domains) continue;
+      for (std::size_t i = 0; i < run.count; ++i) {
+        const std::size_t size = parsedRunValue(run, i, octets);
+        processParsedValue(intfId, {run.attributeType, run.firstKey + i}, parsedRuns_.event(run, i),
+                           std::span(octets.data(), size));
+      }
+    }
+  }
+  parsedRuns_.clear();
+}
+
 void MrpSm::processParsedAttribute(const MrpParsedAttributeKey& key, const Velo::IntfId& intfId) {
   const Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttribute(key);
   if (!parsedAttribute) return;
-  fillMrpLibFromSavedValue(intfId, *parsedAttribute);
-  const std::uint8_t event = parsedAttribute->attributeEvent();
+  const auto octets = savedOctets(*parsedAttribute);
+  processParsedValue(intfId, key, parsedAttribute->attributeEvent(), octets);
+}
+
+void MrpSm::processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
+                               std::span<const std::uint8_t> octets) {
+  fillMrpLibFromSavedValue(intfId, key, octets);
   parseContext_->intfIdIs(intfId);
   parseContext_->attributeTypeIs(key.attributeType);
   parseContext_->attributeKeyIs(key.attributeKey);
@@ -81,8 +108,8 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
     // The applicant answers as if the registrar already held what this
     // frame declares for the attribute.
     MrpRegistrarState lookAhead = MrpRegistrarState::mt;
-    if (const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute({attributeType, key})) {
-      const MrpRegistrarEvent event = MrpRegistrarSm::mrpMapRxRegistrarEvent(parsed->attributeEvent());
+    if (const std::optional<std::uint8_t> received = parsedEventOf(attributeType, key)) {
+      const MrpRegistrarEvent event = MrpRegistrarSm::mrpMapRxRegistrarEvent(*received);
       if (event < MrpRegistrarEvent::rLv) lookAhead = MrpRegistrarState::in;
     }
     entry->registrarStateIs(lookAhead);
@@ -95,37 +122,41 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
 }
 
 void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute) {
+  const auto octets = savedOctets(parsedAttribute);
+  fillMrpLibFromSavedValue(intfId, parsedAttribute.key(), octets);
+}
+
+void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
+                                     std::span<const std::uint8_t> octets) {
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      fillMsrpLibFromSavedValue(intfId, parsedAttribute);
+      fillMsrpLibFromSavedValue(intfId, key, octets);
       break;
     case MrpApplication::mvrp:
-      fillMvrpLibFromSavedValue(intfId, parsedAttribute);
+      fillMvrpLibFromSavedValue(key, octets);
       break;
   }
 }
 
-void MrpSm::fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute) {
-  const std::uint8_t attributeType = parsedAttribute.key().attributeType;
-  const auto fill = [&](auto& field) { field = savedValue<std::remove_reference_t<decltype(field)>>(parsedAttribute); };
-  const bool known = withMsrpValue(*mrpLib_, attributeType, false, fill);
-  withMsrpValue(*mrpLib_, attributeType, true, fill);
+void MrpSm::fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
+                                      std::span<const std::uint8_t> octets) {
+  const auto fill = [&](auto& field) { field = valueFromBytes<std::remove_reference_t<decltype(field)>>(octets); };
+  const bool known = withMsrpValue(*mrpLib_, key.attributeType, false, fill);
+  withMsrpValue(*mrpLib_, key.attributeType, true, fill);
   if (!known) {
     MRP_TRACE(8, " valueSize = 0!! ");
     return;
   }
-  if (static_cast<MsrpAttrType>(attributeType) != MsrpAttrType::domainVector) return;
+  if (static_cast<MsrpAttrType>(key.attributeType) != MsrpAttrType::domainVector) return;
   // A Domain is answered with the port's stored domain, not the received one.
-  const Quarn::Ptr<MrpAttrDatabase> stored =
-      mrpGetAttrFromDatabase(intfId, attributeType, parsedAttribute.key().attributeKey, true);
+  const Quarn::Ptr<MrpAttrDatabase> stored = mrpGetAttrFromDatabase(intfId, key.attributeType, key.attributeKey, true);
   if (stored) mrpLib_->msrpDomainVectorTx() = valueFromBytes<MsrpDomainAttribute>(stored->attributeValues());
 }
 
-void MrpSm::fillMvrpLibFromSavedValue(const Velo::IntfId&, const MrpParsedAttribute& parsedAttribute) {
-  const auto fill = [&](MvrpVlanAttribute& field) { field = savedValue<MvrpVlanAttribute>(parsedAttribute); };
-  const std::uint8_t attributeType = parsedAttribute.key().attributeType;
-  const bool known = withMvrpValue(*mrpLib_, attributeType, false, fill);
-  withMvrpValue(*mrpLib_, attributeType, true, fill);
+void MrpSm::fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets) {
+  const auto fill = [&](MvrpVlanAttribute& field) { field = valueFromBytes<MvrpVlanAttribute>(octets); };
+  const bool known = withMvrpValue(*mrpLib_, key.attributeType, false, fill);
+  withMvrpValue(*mrpLib_, key.attributeType, true, fill);
   if (!known) MRP_TRACE(8, " valueSize = 0!! ");
 }
 

@@ -1,4 +1,7 @@
+#include <algorithm>
 #include <cstdio>
+#include <type_traits>
+#include <vector>
 
 #include "MrpModel/MrpValueBytes.h"
 #include "MrpModel/MrpWireFormat.h"
@@ -8,6 +11,8 @@
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmLog.h"
 #include "MrpSm/MrpSmTrace.h"
+#include "MrpSm/MrpValueAt.h"
+#include "MrpSm/MrpValueFields.h"
 #include "quarn/Collection.h"
 
 namespace Mrp {
@@ -52,6 +57,21 @@ void noteValuelessVector(MrpParseContext& context) {
   context.attributeEventIs(6);
   context.eventsCounterInc(1);
   context.attributeEventIs(2);
+}
+
+// The events of `numberOfValues` values from their three-packed octets.
+void unpackThreePacked(std::span<const std::uint8_t> packed, std::uint16_t numberOfValues,
+                       std::vector<std::uint8_t>& events) {
+  events.resize(std::size_t{packed.size()} * 3);
+  std::uint8_t* out = events.data();
+  for (const std::uint8_t octet : packed) {
+    const auto triple = mrpUnpackThreePacked(octet);
+    out[0] = triple[0];
+    out[1] = triple[1];
+    out[2] = triple[2];
+    out += 3;
+  }
+  events.resize(numberOfValues);
 }
 
 // The value's octets from index 0, replacing those of an earlier occurrence.
@@ -296,11 +316,19 @@ MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   if (numberOfValues == 0) noteValuelessVector(context);
   std::span<const std::uint8_t> packed;
   if (!in.peekBytes(packedOctets, packed)) return packedEventsTooLong(packedOctets, in.bytesLeft());
-  std::uint16_t valueIndex = 0;
-  for (const std::uint8_t octet : packed) {
-    for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
-      if (valueIndex == numberOfValues) break;
-      processMrpEvent(event, valueIndex++);
+  const bool collected = numberOfValues > 0 && collectsRuns() && [&] {
+    unpackThreePacked(packed, numberOfValues, vectorEvents_);
+    vectorDeclarations_.clear();
+    return collectRun();
+  }();
+  if (!collected) {
+    materializeParsedRuns();
+    std::uint16_t valueIndex = 0;
+    for (const std::uint8_t octet : packed) {
+      for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
+        if (valueIndex == numberOfValues) break;
+        processMrpEvent(event, valueIndex++);
+      }
     }
   }
   context.attributeListBytesLeftDec(
@@ -322,12 +350,23 @@ MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pk
   const std::uint16_t packedOctets = static_cast<std::uint16_t>(threePacked + mrpFourPackedOctets(numberOfValues));
   std::span<const std::uint8_t> packed;
   if (!in.peekBytes(packedOctets, packed)) return packedEventsTooLong(packedOctets, in.bytesLeft());
-  std::uint16_t valueIndex = 0;
-  for (const std::uint8_t octet : packed.first(threePacked)) {
-    for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
-      if (valueIndex == numberOfValues) break;
-      processThreeAndFourPacked(pkt, event, valueIndex++, threePacked);
-      if (parseEndedEarly_) return kMalformed;
+  const bool collected = collectsRuns() && [&] {
+    unpackThreePacked(packed.first(threePacked), numberOfValues, vectorEvents_);
+    vectorDeclarations_.clear();
+    for (std::uint16_t valueIndex = 0; valueIndex < numberOfValues; ++valueIndex) {
+      vectorDeclarations_.push_back(mrpUnpackFourPacked(packed[threePacked + valueIndex / 4u], valueIndex % 4u));
+    }
+    return collectRun();
+  }();
+  if (!collected) {
+    materializeParsedRuns();
+    std::uint16_t valueIndex = 0;
+    for (const std::uint8_t octet : packed.first(threePacked)) {
+      for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
+        if (valueIndex == numberOfValues) break;
+        processThreeAndFourPacked(pkt, event, valueIndex++, threePacked);
+        if (parseEndedEarly_) return kMalformed;
+      }
     }
   }
   MRP_TRACE(8, " attributeListBytesLeft before accounting this vector =" << context.attributeListBytesLeft());
@@ -363,6 +402,78 @@ void MrpSm::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
     return;
   }
   saveParsedMrpAttribute();
+}
+
+bool MrpSm::collectsRuns() const {
+  return parsedRunsEnabled_ && !recycledPkt_ && !mrpConfig_->mrpFlooding() && mrpParsedAttribute_.empty() &&
+         mrpParsedAttributeKey_.empty() && msrpParsedDomainKey_.empty();
+}
+
+bool MrpSm::collectRun() {
+  MrpParseContext& context = *parseContext_;
+  const std::uint8_t type = context.attributeType();
+  const std::uint64_t firstKey = mrpGetRxAttributeKey();
+  const std::size_t count = vectorEvents_.size();
+  bool taken = false;
+  withReceiveField(*mrpLib_, type, [&](auto& received) {
+    if (!parsedRuns_.add(type, valueBytes(received), firstKey, mrpKeyLimitOf(received), vectorEvents_,
+                         vectorDeclarations_)) {
+      return;
+    }
+    taken = true;
+    // The receive slot holds the last value, as after collecting one by one.
+    received = mrpValueAt(received, count - 1);
+    if constexpr (std::is_same_v<std::remove_cvref_t<decltype(received)>, MsrpListenerAttribute>) {
+      received.listenerEventIs(static_cast<MsrpListenerEvent>(vectorDeclarations_.back()));
+    }
+  });
+  if (!taken) return false;
+  context.attributeKeyIs(firstKey + count - 1);
+  context.attributeEventIs(vectorEvents_.back());
+  context.eventsCounterInc(static_cast<std::uint32_t>(count));
+  return true;
+}
+
+std::size_t MrpSm::parsedRunValue(const MrpParsedRuns::Run& run, std::size_t index,
+                                  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets>& octets) const {
+  std::size_t size = 0;
+  // The receive field names the record type; its value is not touched.
+  withReceiveField(*mrpLib_, run.attributeType, [&](auto& field) {
+    using Record = std::remove_cvref_t<decltype(field)>;
+    Record value = mrpValueAt(valueFromBytes<Record>(run.firstValue), index);
+    if constexpr (std::is_same_v<Record, MsrpListenerAttribute>) {
+      if (run.declared) value.listenerEventIs(static_cast<MsrpListenerEvent>(parsedRuns_.declaration(run, index)));
+    }
+    const auto bytes = valueBytes(value);
+    size = static_cast<std::size_t>(std::copy(bytes.begin(), bytes.end(), octets.begin()) - octets.begin());
+  });
+  return size;
+}
+
+void MrpSm::materializeParsedRuns() const {
+  if (parsedRuns_.empty()) return;
+  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
+  for (const MrpParsedRuns::Run& run : parsedRuns_.runs()) {
+    const bool domain = mrpLib_->application() == MrpApplication::msrp &&
+                        static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
+    ParsedKeyQueue& queue = domain ? msrpParsedDomainKey_ : mrpParsedAttributeKey_;
+    for (std::size_t i = 0; i < run.count; ++i) {
+      const MrpParsedAttributeKey key{run.attributeType, run.firstKey + i};
+      const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute_.findOrCreate(key);
+      parsed->attributeEventIs(parsedRuns_.event(run, i));
+      parsed->attributeValueIs(std::span(octets.data(), parsedRunValue(run, i, octets)));
+      queue.enq(key);
+    }
+  }
+  parsedRuns_.clear();
+}
+
+std::optional<std::uint8_t> MrpSm::parsedEventOf(std::uint8_t attributeType, std::uint64_t key) const {
+  if (!parsedRuns_.empty()) return parsedRuns_.eventOf(attributeType, key);
+  if (const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute_.find({attributeType, key})) {
+    return parsed->attributeEvent();
+  }
+  return std::nullopt;
 }
 
 void MrpSm::saveParsedMrpAttribute() {

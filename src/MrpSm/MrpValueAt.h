@@ -33,4 +33,17 @@ inline MsrpDomainAttribute mrpValueAt(const MsrpDomainAttribute& first, std::uin
   return mrpAdvanceDomainAttribute(first, distance);
 }
 
+// The key the engine gives a value (the VLAN id, the stream id of talkers
+// and listeners, a domain's class id), and the largest key of its type.
+inline std::uint64_t mrpKeyOf(const MvrpVlanAttribute& v) { return v.vlanId(); }
+inline std::uint64_t mrpKeyOf(const MsrpTalkerAdvertiseAttribute& v) { return v.streamId(); }
+inline std::uint64_t mrpKeyOf(const MsrpTalkerFailedAttribute& v) { return v.talkerAdvertiseAttribute().streamId(); }
+inline std::uint64_t mrpKeyOf(const MsrpListenerAttribute& v) { return v.streamId(); }
+inline std::uint64_t mrpKeyOf(const MsrpDomainAttribute& v) { return v.srClassId(); }
+inline constexpr std::uint64_t mrpKeyLimitOf(const MvrpVlanAttribute&) { return UINT16_MAX; }
+inline constexpr std::uint64_t mrpKeyLimitOf(const MsrpTalkerAdvertiseAttribute&) { return UINT64_MAX; }
+inline constexpr std::uint64_t mrpKeyLimitOf(const MsrpTalkerFailedAttribute&) { return UINT64_MAX; }
+inline constexpr std::uint64_t mrpKeyLimitOf(const MsrpListenerAttribute&) { return UINT64_MAX; }
+inline constexpr std::uint64_t mrpKeyLimitOf(const MsrpDomainAttribute&) { return UINT8_MAX; }
+
 }  // namespace Mrp

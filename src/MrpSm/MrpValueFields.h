@@ -39,4 +39,17 @@ bool withMvrpValue(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
   return true;
 }
 
+// Runs `f` on the receive field of an attribute type of the service object's
+// application; false for a type it does not have.
+template <class F>
+bool withReceiveField(MrpLib& lib, std::uint8_t attributeType, F&& f) {
+  switch (lib.application()) {
+    case MrpApplication::msrp:
+      return withMsrpValue(lib, attributeType, false, f);
+    case MrpApplication::mvrp:
+      return withMvrpValue(lib, attributeType, false, f);
+  }
+  return false;
+}
+
 }  // namespace Mrp
