@@ -349,8 +349,7 @@ class RoundTrip {
     const Octets pdu = builder_->mrpdu();
     engine_.parseMrpdu(Velo::Pkt::pktNew(pdu.data(), pdu.size()));
     check();
-    engine_.mrpParsedAttributeDelAll();
-    engine_.mrpRxLeaveAllDelAll();
+    engine_.parseResultsDelAll();
     packetNew();
   }
 

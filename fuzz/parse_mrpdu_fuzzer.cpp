@@ -18,11 +18,7 @@ Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
 
 // Each frame starts from empty collections, as after the engine's dispatch.
 void frameHandled(Mrp::MrpSm& engine) {
-  engine.mrpParsedAttributeDelAll();
-  engine.mrpParsedAttributeKeyDelAll();
-  engine.msrpParsedDomainKeyDelAll();
-  engine.mrpRxLeaveAllDelAll();
-  engine.futureProtocolVersionIs(false);
+  engine.parseResultsDelAll();
 }
 
 }  // namespace

@@ -216,6 +216,11 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
     mrpParsedAttribute_.clear();
   }
 
+  // Drops everything a parsed frame left for the dispatch (its runs,
+  // records, keys and LeaveAll marks) and the future-version mode: for a
+  // frame that is parsed but not dispatched.
+  void parseResultsDelAll();
+
   // Keys in order of receipt, one entry per occurrence: MSRP Domain keys
   // apart, every other key in mrpParsedAttributeKey.
   using ParsedKeyQueue = Quarn::IndexedFifo<MrpParsedAttributeKey>;

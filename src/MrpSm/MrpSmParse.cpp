@@ -404,6 +404,15 @@ void MrpSm::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
   saveParsedMrpAttribute();
 }
 
+void MrpSm::parseResultsDelAll() {
+  parsedRuns_.clear();
+  mrpParsedAttribute_.clear();
+  mrpParsedAttributeKey_.delAll();
+  msrpParsedDomainKey_.delAll();
+  mrpRxLeaveAll_.clear();
+  futureProtocolVersion_ = false;
+}
+
 bool MrpSm::collectsRuns() const {
   return parsedRunsEnabled_ && !recycledPkt_ && !mrpConfig_->mrpFlooding() && mrpParsedAttribute_.empty() &&
          mrpParsedAttributeKey_.empty() && msrpParsedDomainKey_.empty();

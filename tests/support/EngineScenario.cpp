@@ -204,11 +204,7 @@ SentFrame EngineScenario::decoded(Mrp::MrpApplication application, const Bytes& 
   };
   take(parser.msrpParsedDomainKey());
   take(parser.mrpParsedAttributeKey());
-  parser.mrpParsedAttributeDelAll();
-  parser.mrpParsedAttributeKeyDelAll();
-  parser.msrpParsedDomainKeyDelAll();
-  parser.mrpRxLeaveAllDelAll();
-  parser.futureProtocolVersionIs(false);
+  parser.parseResultsDelAll();
   return sent;
 }
 

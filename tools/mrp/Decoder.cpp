@@ -81,11 +81,7 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
 // What one received frame leaves behind until the receive path has
 // dispatched it; decoding stops before dispatch, so it is cleared here.
 void Decoder::clearFrameState(Mrp::MrpSm& engine) {
-  engine.mrpParsedAttributeDelAll();
-  engine.mrpParsedAttributeKeyDelAll();
-  engine.msrpParsedDomainKeyDelAll();
-  engine.mrpRxLeaveAllDelAll();
-  engine.futureProtocolVersionIs(false);
+  engine.parseResultsDelAll();
 }
 
 Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std::vector<std::uint8_t>& mrpdu) {
