@@ -19,7 +19,7 @@ std::vector<std::pair<int, std::string>> entriesOf(const Map& map) {
 
 TEST(SortedMapTest, KeepsKeysAscendingWhateverTheOrderOfInsertion) {
   Map map;
-  for (int key : {30, 10, 40, 20}) map.insertOrAssign(key, "v" + std::to_string(key));
+  for (int key : {30, 10, 40, 20}) map.insertOrAssign(key, std::string("v").append(std::to_string(key)));
   EXPECT_EQ(entriesOf(map), (std::vector<std::pair<int, std::string>>{{10, "v10"}, {20, "v20"}, {30, "v30"}, {40, "v40"}}));
   EXPECT_EQ(map.size(), 4u);
   ASSERT_TRUE(map.find(20));

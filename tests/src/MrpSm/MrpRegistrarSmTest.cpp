@@ -148,7 +148,7 @@ class MrpRegistrarSmTest : public EngineScenario {
  protected:
   // A fresh MVRP engine whose port p1 has its own leave time.
   ScenarioEngine& mvrpEngineNew() {
-    ScenarioEngine& engine = engineNew("R" + std::to_string(engines_++), Mrp::MrpApplication::mvrp);
+    ScenarioEngine& engine = engineNew(std::string("R").append(std::to_string(engines_++)), Mrp::MrpApplication::mvrp);
     engine.config().intfLeaveTimeIs(kPort, kPortLeaveTime);
     engine.lib().mvrpVlanVectorTx() = Mrp::MvrpVlanAttribute(10);
     engine.lib().mvrpVlanVectorRx() = Mrp::MvrpVlanAttribute(10);
@@ -285,7 +285,7 @@ TEST_F(MrpRegistrarSmTest, ReceivedJoinsInInAndLvAreIndicatedByTheValueCheck) {
       SCOPED_TRACE(::testing::Message() << (row.value == Value::talker ? "Talker Advertise" : "Domain") << ", "
                                         << (row.received == Received::sameValue ? "same" : "changed") << " value, "
                                         << row.state << " on " << event);
-      ScenarioEngine& engine = engineNew("V" + std::to_string(engines_++), Mrp::MrpApplication::msrp);
+      ScenarioEngine& engine = engineNew(std::string("V").append(std::to_string(engines_++)), Mrp::MrpApplication::msrp);
       Mrp::MrpLib& lib = engine.lib();
       const bool same = row.received == Received::sameValue;
       Mrp::MrpAttribute attribute{kPort, 1, talker(0).streamId()};
