@@ -60,7 +60,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadConfig{R"({"ports": ["eth1"]})", "ports: an object is needed"},
         BadConfig{R"([])", "an object is needed"},
         BadConfig{R"({"leaveTime": 0.2,)",
-                  "not JSON: syntax error while parsing object key - unexpected end of input; expected string literal"}));
+                  "not JSON: parse error at line 1, column 19: syntax error while parsing object key - unexpected end "
+                  "of input; expected string literal"}));
 
 }  // namespace
 }  // namespace MrpTest

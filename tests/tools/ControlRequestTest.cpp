@@ -69,7 +69,8 @@ INSTANTIATE_TEST_SUITE_P(
     BadRequests, ControlRequestErrorTest,
     ::testing::Values(
         BadRequest{R"({"command": "show")",
-                   "not JSON: syntax error while parsing object - unexpected end of input; expected '}'"},
+                   "not JSON: parse error at line 1, column 19: syntax error while parsing object - unexpected end of "
+                   "input; expected '}'"},
         BadRequest{R"(["show"])", "an object is needed"},
         BadRequest{R"({})", "command: missing"},
         BadRequest{R"({"command": "frobnicate"})",

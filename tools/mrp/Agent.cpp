@@ -184,7 +184,7 @@ ControlAnswer Agent::doShow() const {
 ControlAnswer Agent::doCounters() const {
   ControlAnswer answer;
   std::vector<std::vector<std::string>> rows{{"app", "counter", "value"}};
-  for (Mrp::MrpApplication application : bridge_.applications()) {
+  for (Mrp::MrpApplication application : options_.applications) {
     const Mrp::MrpSm* engine = bridge_.engine(application);
     if (!engine->active()) continue;
     const Mrp::MrpCounters& counters = *engine->mrpCounters();
@@ -203,14 +203,14 @@ ControlAnswer Agent::doCounters() const {
 ControlAnswer Agent::doPorts() const {
   ControlAnswer answer;
   std::vector<std::string> heading{"port", "state"};
-  for (Mrp::MrpApplication application : bridge_.applications()) heading.push_back(applicationName(application));
+  for (Mrp::MrpApplication application : options_.applications) heading.push_back(applicationName(application));
   std::vector<std::vector<std::string>> rows{heading};
   nlohmann::ordered_json ports = nlohmann::ordered_json::array();
   for (const std::string& port : options_.ports) {
     const char* state = portStateName(ports_.state(port));
     nlohmann::ordered_json sockets = nlohmann::ordered_json::object();
     std::vector<std::string> row{port, state};
-    for (Mrp::MrpApplication application : bridge_.applications()) {
+    for (Mrp::MrpApplication application : options_.applications) {
       const Mrp::MrpSm& engine = *bridge_.engine(application);
       const Velo::IntfId intfId(port);
       std::string socket = "closed";
