@@ -60,4 +60,22 @@ bool AgentProcess::registers(const std::string& line) const {
   return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
+
+std::string AgentProcess::portState(const std::string& port) const {
+  const MrpRun run = ctl({"ports", "--json"});
+  const auto json = nlohmann::json::parse(run.out, nullptr, false);
+  if (run.status != 0 || !json.is_object() || !json.contains("ports")) return "";
+  for (const auto& entry : json["ports"]) {
+    if (entry["port"] == port) return entry["state"].get<std::string>();
+  }
+  return "";
+}
+
+bool AgentProcess::portsUp(const std::vector<std::string>& ports) const {
+  return secondsUntil(5, [&] {
+           return std::all_of(ports.begin(), ports.end(), [&](const std::string& port) { return portState(port) == "up"; });
+         })
+      .has_value();
+}
+
 }  // namespace MrpTest

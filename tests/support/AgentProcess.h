@@ -32,6 +32,12 @@ class AgentProcess {
   std::vector<std::string> registrations() const;
   // Whether `line` is among the registrations.
   bool registers(const std::string& line) const;
+  // What `ctl ports --json` says of a port: "up", "down", "absent"; empty
+  // when the agent does not answer.
+  std::string portState(const std::string& port) const;
+  // Whether every one of `ports` is up within five seconds (a new veth's
+  // carrier takes up to a second to show).
+  bool portsUp(const std::vector<std::string>& ports) const;
 
  private:
   TempDir dir_;
