@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <net/if.h>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <ostream>
