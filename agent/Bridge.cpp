@@ -194,6 +194,11 @@ void Bridge::withdraw(const AttributeValue& value, const std::optional<std::stri
   dirtyIs(it->first);
 }
 
+void Bridge::withdrawAll() {
+  withdrawnAll_ = true;
+  for (const auto& [id, state] : attrs_) dirtyIs(id);
+}
+
 void Bridge::handleJoin(const Mrp::MrpParameters& indication, const AttributeValue& value) {
   const std::string port = indication.intfId.name();
   AttrState& state = attrs_[attrIdOf(value)];
@@ -256,6 +261,7 @@ void Bridge::doPropagate(const AttrId& id) {
 
 std::optional<AttributeValue> Bridge::desiredOn(const AttrId& id, const AttrState& state,
                                                 const std::string& port) const {
+  if (withdrawnAll_) return std::nullopt;
   if (auto own = state.portDeclared.find(port); own != state.portDeclared.end()) return own->second;
   if (state.bridgeWide) return state.bridgeWide;
   if (!forwarding(port)) return std::nullopt;

@@ -91,6 +91,14 @@ class Bridge : public BridgeMrpLib::Owner {
   void declare(const AttributeValue& value, const std::optional<std::string>& port, bool declareNew = false);
   void withdraw(const AttributeValue& value, const std::optional<std::string>& port);
 
+  // Withdraws every declaration the bridge makes on every port (its own,
+  // its end stations' and what it propagates) and makes none from then on:
+  // for an agent that is going away and leaves its neighbours nothing to
+  // time out. The Lv messages go once the engines have returned to the
+  // event loop, as other requests do.
+  void withdrawAll();
+  bool withdrawnAll() const { return withdrawnAll_; }
+
   // What the engines hold, per port, application, type and key.
   std::vector<Registration> registrations() const;
 
@@ -159,6 +167,7 @@ class Bridge : public BridgeMrpLib::Owner {
   std::map<AttrId, AttrState> attrs_;
   std::set<AttrId> dirty_;
   Observer* observer_ = nullptr;
+  bool withdrawnAll_ = false;
   PropagationTimer propagation_;
 };
 

@@ -177,6 +177,21 @@ TEST_F(BridgeLineTest, AClosedPortTakesItsRegistrationsAlong) {
   EXPECT_TRUE(held(sw1, "p2").empty());
 }
 
+TEST_F(BridgeLineTest, ABridgeThatWithdrawsAllLeavesItsNeighboursNothingToTimeOut) {
+  const AttributeValue vlan20(Mrp::MvrpVlanAttribute(20));
+  h1.declare(kVlan10, "e0");
+  sw1.declare(vlan20, std::nullopt);
+  clock->advance(1);
+  recorder.lines.clear();
+  sw1.withdrawAll();
+  sw1.declare(AttributeValue(Mrp::MvrpVlanAttribute(30)), std::nullopt);
+  clock->advance(2.5);  // two hops of leave time, well before any LeaveAll
+  EXPECT_THAT(recorder.lines, ::testing::UnorderedElementsAre("sw2:p1 -10", "h2:e0 -10", "h3:e0 -10", "h1:e0 -20",
+                                                              "sw2:p1 -20", "h2:e0 -20", "h3:e0 -20"));
+  EXPECT_TRUE(sw1.withdrawnAll());
+  EXPECT_EQ(held(sw1, "p1"), std::vector<std::string>{"10 IN/VO"}) << "what it hears it still registers";
+}
+
 class MsrpBridgeLineTest : public BridgeLineTest {
  protected:
   MsrpBridgeLineTest() : BridgeLineTest({MrpApplication::msrp}) {}

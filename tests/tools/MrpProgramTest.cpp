@@ -36,7 +36,14 @@ INSTANTIATE_TEST_SUITE_P(
                                "Usage: mrp decode [OPTIONS] [FILE]",
                                {"--app msrp|mvrp", "--hex HEX", "pcapng", "standard input"}},
                       HelpCase{{"decode", "-h", "--app", "msrp"}, "Usage: mrp decode [OPTIONS] [FILE]", {"--hex"}},
-                      HelpCase{{"--help"}, "Usage: mrp [OPTIONS] [SUBCOMMAND]", {"sim", "replay"}},
+                      HelpCase{{"--help"}, "Usage: mrp [OPTIONS] [SUBCOMMAND]", {"sim", "replay", "agent", "ctl"}},
+                      HelpCase{{"agent", "--help"},
+                               "Usage: mrp agent [OPTIONS]",
+                               {"--ports IF,...", "--apps APP,...", "--config FILE", "--control PATH",
+                                "/run/mrp/agent.sock", "SIGTERM"}},
+                      HelpCase{{"ctl", "--help"},
+                               "Usage: mrp ctl [OPTIONS] COMMAND [ARGUMENT]",
+                               {"--control PATH", "--json", "declare", "counters", "trace MrpSm/0-9"}},
                       HelpCase{{"sim", "--help"},
                                "Usage: mrp sim [OPTIONS] [SCENARIO]",
                                {"--json", "--until SECONDS", "--pcap DIR", "h1 - sw1 - sw2 - sw3 - h2"}},
@@ -70,7 +77,7 @@ TEST_P(MrpProgramErrorTest, FailsWithOneLineThatPointsAtTheHelpAndStatusTwo) {
 INSTANTIATE_TEST_SUITE_P(
     BadArguments, MrpProgramErrorTest,
     ::testing::Values(
-        BadCommandLine{{}, "mrp: a command is needed: decode, sim, replay (try 'mrp --help')"},
+        BadCommandLine{{}, "mrp: a command is needed: decode, sim, replay, agent, ctl (try 'mrp --help')"},
         BadCommandLine{{"--frobnicate"},
                        "mrp: The following argument was not expected: --frobnicate (try 'mrp --help')"},
         BadCommandLine{{"frobnicate"}, "mrp: The following argument was not expected: frobnicate (try 'mrp --help')"},
@@ -80,6 +87,12 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommandLine{{"sim", "--until", "-1"},
                        "mrp sim: --until: '-1' is not a number of seconds (0 or more) (try 'mrp sim --help')"},
         BadCommandLine{{"replay"}, "mrp replay: CAPTURE is required (try 'mrp replay --help')"},
+        BadCommandLine{{"agent"}, "mrp agent: --ports is required (try 'mrp agent --help')"},
+        BadCommandLine{{"agent", "--ports", "a/b"},
+                       "mrp agent: --ports: 'a/b' is not an interface name (try 'mrp agent --help')"},
+        BadCommandLine{{"agent", "--ports", "eth1,eth2", "--apps", "mvrp,gvrp"},
+                       "mrp agent: --apps: unknown application 'gvrp' (msrp or mvrp) (try 'mrp agent --help')"},
+        BadCommandLine{{"ctl"}, "mrp ctl: COMMAND is required (try 'mrp ctl --help')"},
         BadCommandLine{{"replay", "x.pcap", "--app", "gvrp"},
                        "mrp replay: --app: unknown application 'gvrp' (msrp or mvrp) (try 'mrp replay --help')"}));
 

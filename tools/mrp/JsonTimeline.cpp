@@ -2,11 +2,11 @@
 
 #include <cmath>
 #include <ostream>
-#include <sstream>
 
 #include "Applications.h"
 #include "Hex.h"
 #include "JsonLine.h"
+#include "RegistrationText.h"
 
 namespace MrpCli {
 
@@ -26,32 +26,13 @@ Json placed(const TimelinePlace& place) {
 
 std::string hexOf(const std::vector<std::uint8_t>& octets) { return hexEncode(octets.data(), octets.size()); }
 
-// The type, key and FirstValue of a value, and a Listener's declaration.
-void describe(Json& line, const MrpAgent::AttributeValue& value) {
-  line["type"] = unsigned{value.attributeType()};
-  line["key"] = value.attributeKey();
-  line["value"] = hexOf(value.firstValue());
-  if (const auto declaration = value.declaration()) {
-    std::ostringstream text;
-    text << *declaration;
-    line["declaration"] = text.str();
-  }
-}
-
-template <class State>
-std::string stateText(State state) {
-  std::ostringstream text;
-  text << state;
-  return text.str();
-}
-
 }  // namespace
 
 void JsonTimeline::requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) {
   Json line = placed(place);
   line["app"] = applicationName(value.application());
   line["request"] = withdraw ? "withdraw" : "declare";
-  describe(line, value);
+  valueJsonAdd(line, value);
   out_ << jsonLine(line) << '\n';
 }
 
@@ -59,7 +40,7 @@ void JsonTimeline::indicated(const TimelinePlace& place, const MrpAgent::Attribu
   Json line = placed(place);
   line["app"] = applicationName(value.application());
   line["indication"] = join ? "join" : "leave";
-  describe(line, value);
+  valueJsonAdd(line, value);
   out_ << jsonLine(line) << '\n';
 }
 
@@ -91,16 +72,14 @@ void JsonTimeline::roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::
 }
 
 void JsonTimeline::registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) {
-  Json entries = Json::array();
-  for (const MrpAgent::Registration& registration : held) {
-    Json entry = {{"port", registration.port}, {"app", applicationName(registration.application)}};
-    describe(entry, registration.value);
-    entry["registrar"] = stateText(registration.registrar);
-    entry["applicant"] = stateText(registration.applicant);
-    entries.push_back(std::move(entry));
-  }
   Json line = placed(place);
-  line["registrations"] = std::move(entries);
+  line["registrations"] = registrationsJson(held);
+  out_ << jsonLine(line) << '\n';
+}
+
+void JsonTimeline::portChanged(const TimelinePlace& place, const std::string& state) {
+  Json line = placed(place);
+  line["portState"] = state;
   out_ << jsonLine(line) << '\n';
 }
 

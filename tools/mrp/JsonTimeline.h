@@ -25,6 +25,7 @@ class JsonTimeline : public Timeline {
   void linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) override;
   void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from, Stp::MstiPortStatus::Role to) override;
   void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override;
+  void portChanged(const TimelinePlace& place, const std::string& state) override;
 
  private:
   std::ostream& out_;

@@ -4,6 +4,8 @@
 
 #include <ostream>
 
+#include "AgentCommand.h"
+#include "CtlCommand.h"
 #include "DecodeCommand.h"
 #include "ReplayCommand.h"
 #include "SimCommand.h"
@@ -44,10 +46,14 @@ int runMrp(const std::vector<std::string>& args, std::istream& in, std::ostream&
   // At most one, and none is caught below: an unknown word is then reported
   // as such rather than as a missing subcommand.
   program.require_subcommand(0, 1);
-  program.footer("Environment:\n  MRP_TRACE   trace levels per tag, e.g. MRP_TRACE=\"MrpSm/0-9\" (levels 0-9)");
+  program.footer(
+      "Environment:\n  MRP_TRACE   trace levels per tag, e.g. MRP_TRACE=\"MrpSm/0-9\" (levels 0-9); `mrp ctl trace`\n"
+      "              sets them in a running agent");
   const DecodeCommand decode(program);
   const SimCommand sim(program);
   const ReplayCommand replay(program);
+  const AgentCommand agent(program);
+  const CtlCommand ctl(program);
 
   try {
     std::vector<std::string> reversed(args.rbegin(), args.rend());  // the order CLI11 consumes
@@ -61,6 +67,8 @@ int runMrp(const std::vector<std::string>& args, std::istream& in, std::ostream&
   }
   if (sim.chosen()) return sim.run(out, err);
   if (replay.chosen()) return replay.run(out, err);
+  if (agent.chosen()) return agent.run(out, err);
+  if (ctl.chosen()) return ctl.run(out, err);
   return decode.run(in, out, err);
 }
 

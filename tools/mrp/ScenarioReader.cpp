@@ -1,156 +1,24 @@
 #include "ScenarioReader.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
-#include <cmath>
-#include <initializer_list>
-#include <map>
 #include <set>
 
 #include "Applications.h"
+#include "AttributeValueReader.h"
 #include "Hex.h"
-#include "velo/EthAddr.h"
 #include "velo/EthHdr.h"
 
 namespace MrpCli {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-// A member of the scenario with the place it has in the file, for messages.
-class Node {
- public:
-  Node(const Json& json, std::string place) : json_(json), place_(std::move(place)) {}
-
-  const Json& json() const { return json_; }
-  const std::string& place() const { return place_; }
-
-  [[noreturn]] void fail(const std::string& message) const {
-    throw ScenarioError((place_.empty() ? "" : place_ + ": ") + message);
-  }
-
-  bool has(const char* name) const { return json_.contains(name); }
-  Node operator[](const char* name) const {
-    if (!has(name)) Node(json_, child(name)).fail("missing");
-    return Node(json_.at(name), child(name));
-  }
-  Node item(std::size_t index) const {
-    return Node(json_.at(index), place_ + "[" + std::to_string(index) + "]");
-  }
-
-  void object() const {
-    if (!json_.is_object()) fail("an object is needed");
-  }
-  // An object whose members are all among `names`.
-  const Node& object(std::initializer_list<std::string_view> names) const {
-    object();
-    for (const auto& [name, member] : json_.items()) {
-      if (std::find(names.begin(), names.end(), name) == names.end()) Node(member, child(name)).fail("unknown field");
-    }
-    return *this;
-  }
-  std::size_t listSize() const {
-    if (!json_.is_array()) fail("a list is needed");
-    return json_.size();
-  }
-  std::string string() const {
-    if (!json_.is_string()) fail("a string is needed");
-    return json_.get<std::string>();
-  }
-  bool boolean() const {
-    if (!json_.is_boolean()) fail("true or false is needed");
-    return json_.get<bool>();
-  }
-  double seconds() const {
-    if (!json_.is_number()) fail("a number of seconds is needed");
-    const double value = json_.get<double>();
-    if (!(value >= 0) || !std::isfinite(value)) fail(json_.dump() + " is not a time (seconds, 0 or more)");
-    return value;
-  }
-  // A whole number in [lo, hi]; `noun` names what it is for the message,
-  // `meanings` what the numbers stand for, if they stand for names.
-  std::uint64_t whole(std::uint64_t lo, std::uint64_t hi, const char* noun, const char* meanings = nullptr) const {
-    const bool inRange = json_.is_number_unsigned() && json_.get<std::uint64_t>() >= lo &&
-                         json_.get<std::uint64_t>() <= hi;
-    if (inRange) return json_.get<std::uint64_t>();
-    if (!json_.is_number_integer()) fail("a whole number is needed");
-    fail(json_.dump() + " is not " + noun + " (" + std::to_string(lo) + ".." + std::to_string(hi) +
-         (meanings ? std::string(": ") + meanings : "") + ")");
-  }
-
- private:
-  std::string child(std::string_view name) const { return (place_.empty() ? "" : place_ + ".") + std::string(name); }
-
-  const Json& json_;
-  std::string place_;
-};
-
-constexpr std::uint16_t kMaxVlanId = 4094;
+using Node = JsonNode;
 
 // Names become ports and file names: letters, digits, '-', '_' and '.'.
 bool goodName(const std::string& name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
     return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_' || c == '.';
   });
-}
-
-std::uint64_t streamIdOf(const Node& node) {
-  const std::string text = node.string();
-  std::string error;
-  const auto octets = hexDecode(text, error);
-  if (!octets || octets->size() != 8) {
-    node.fail("'" + text + "' is not a stream id (8 octets in hex, e.g. 00:1b:21:00:00:01:00:01)");
-  }
-  std::uint64_t id = 0;
-  for (std::uint8_t octet : *octets) id = id << 8 | octet;
-  return id;
-}
-
-Velo::EthAddr macOf(const Node& node) {
-  const std::string text = node.string();
-  const auto addr = Velo::EthAddr::fromString(text);
-  if (!addr) node.fail("'" + text + "' is not a MAC address (e.g. 91:e0:f0:00:fe:01)");
-  return *addr;
-}
-
-std::uint16_t vlanOf(const Node& node) {
-  return static_cast<std::uint16_t>(node.whole(1, kMaxVlanId, "a VLAN id"));
-}
-
-MrpAgent::AttributeValue talkerOf(const Node& node) {
-  node.object({"streamId", "destination", "vlan", "maxFrameSize", "maxIntervalFrames", "priority", "rank", "latency"});
-  const auto u16 = [&](const char* name, const char* noun) {
-    return static_cast<std::uint16_t>(node[name].whole(0, 0xffff, noun));
-  };
-  const auto u8 = [&](const char* name, std::uint64_t hi, const char* noun) {
-    return static_cast<std::uint8_t>(node[name].whole(0, hi, noun));
-  };
-  return MrpAgent::AttributeValue(Mrp::MsrpTalkerAdvertiseAttribute(
-      streamIdOf(node["streamId"]), Mrp::DataFrameParameters(macOf(node["destination"]), vlanOf(node["vlan"])),
-      Mrp::Tspec(u16("maxFrameSize", "a frame size"), u16("maxIntervalFrames", "a frame count")),
-      Mrp::PriorityAndRank(u8("priority", 7, "a priority"), u8("rank", 1, "a rank")),
-      static_cast<std::uint32_t>(node["latency"].whole(0, 0xffffffff, "a latency"))));
-}
-
-MrpAgent::AttributeValue listenerOf(const Node& node) {
-  node.object({"streamId", "declaration"});
-  const Node declaration = node["declaration"];
-  const std::string text = declaration.string();
-  const auto event = Mrp::msrpListenerEventFromText(text);
-  if (!event || *event == Mrp::MsrpListenerEvent::ignore) {
-    declaration.fail("'" + text + "' is not a declaration (ready, readyFailed or askingFailed)");
-  }
-  return MrpAgent::AttributeValue(Mrp::MsrpListenerAttribute(streamIdOf(node["streamId"]), *event));
-}
-
-MrpAgent::AttributeValue domainOf(const Node& node) {
-  node.object({"classId", "priority", "vid"});
-  return MrpAgent::AttributeValue(
-      Mrp::MsrpDomainAttribute(static_cast<std::uint8_t>(node["classId"].whole(0, 0xff, "a class id")),
-                               static_cast<std::uint8_t>(node["priority"].whole(0, 7, "a priority")),
-                               vlanOf(node["vid"])));
 }
 
 class Reader {
@@ -252,33 +120,10 @@ class Reader {
 
   Scenario::Declare declareOf(const Node& node, bool withdraw) {
     node.object({"bridge", "port", "app", "vlan", "talkerAdvertise", "listener", "domain"});
-    Scenario::Declare declare{bridgeOf(node["bridge"]), std::nullopt, MrpAgent::AttributeValue(Mrp::MvrpVlanAttribute()),
-                              withdraw};
-    if (node.has("port")) declare.port = portOf(declare.bridge, node["port"]);
-    const Node app = node["app"];
-    const std::string name = app.string();
-    const auto application = applicationNamed(name);
-    if (!application) app.fail("unknown application '" + name + "' (mvrp or msrp)");
-    if (!runs(*application)) app.fail("'" + name + "' is not among the applications");
-    const bool mvrp = *application == Mrp::MrpApplication::mvrp;
-    const char* kinds = mvrp ? "vlan" : "talkerAdvertise, listener or domain";
-    std::vector<const char*> given;
-    for (const char* kind : {"vlan", "talkerAdvertise", "listener", "domain"}) {
-      if (node.has(kind)) given.push_back(kind);
-    }
-    if (given.size() != 1) node.fail(std::string("one value is needed: ") + kinds);
-    const std::string kind = given.front();
-    if (mvrp != (kind == "vlan")) node[given.front()].fail(std::string("a ") + name + " value is " + kinds);
-    if (kind == "vlan") {
-      declare.value = MrpAgent::AttributeValue(Mrp::MvrpVlanAttribute(vlanOf(node["vlan"])));
-    } else if (kind == "talkerAdvertise") {
-      declare.value = talkerOf(node["talkerAdvertise"]);
-    } else if (kind == "listener") {
-      declare.value = listenerOf(node["listener"]);
-    } else {
-      declare.value = domainOf(node["domain"]);
-    }
-    return declare;
+    const std::string bridge = bridgeOf(node["bridge"]);
+    std::optional<std::string> port;
+    if (node.has("port")) port = portOf(bridge, node["port"]);
+    return {bridge, port, attributeValueOf(node, scenario_.applications), withdraw};
   }
 
   Scenario::Role roleOf(const Node& node) {
@@ -353,22 +198,10 @@ class Reader {
   Scenario scenario_;
 };
 
-// nlohmann's message without its "[json.exception.parse_error.101] " tag.
-std::string parseMessage(const nlohmann::json::parse_error& error) {
-  const std::string what = error.what();
-  const auto tagEnd = what.find("] ");
-  return tagEnd == std::string::npos ? what : what.substr(tagEnd + 2);
-}
-
 }  // namespace
 
 Scenario scenarioFromJson(std::string_view text) {
-  Json json;
-  try {
-    json = Json::parse(text);
-  } catch (const nlohmann::json::parse_error& error) {
-    throw ScenarioError("not JSON: " + parseMessage(error));
-  }
+  const nlohmann::ordered_json json = jsonParsed(text);
   return Reader().read(Node(json, ""));
 }
 

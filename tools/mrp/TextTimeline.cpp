@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "Applications.h"
+#include "RegistrationText.h"
 #include "ValueText.h"
 
 namespace MrpCli {
@@ -32,13 +33,6 @@ std::string timeText(Quarn::Seconds t) {
   char text[32];
   std::snprintf(text, sizeof text, "%*.3f", static_cast<int>(kTimeWidth), t);
   return text;
-}
-
-template <class State>
-std::string stateText(State state) {
-  std::ostringstream text;
-  text << state;
-  return text.str();
 }
 
 }  // namespace
@@ -108,28 +102,11 @@ void TextTimeline::registrations(const TimelinePlace& place, const std::vector<M
     std::snprintf(at, sizeof at, "%.3f", place.t);
     out_ << "\nRegistrations at " << at << " s\n";
   }
-  out_ << '\n' << place.bridge << '\n';
-  if (held.empty()) {
-    out_ << "  (none)\n";
-    return;
-  }
-  std::vector<std::string> ports{"port"};
-  std::vector<std::string> attributes{"attribute"};
-  for (const MrpAgent::Registration& registration : held) {
-    ports.push_back(registration.port);
-    attributes.push_back(valueText(registration.value));
-  }
-  const std::size_t portWidth = widest(ports, 0);
-  const std::size_t attributeWidth = widest(attributes, 0);
-  out_ << "  " << padded("port", portWidth) << kGap << padded("app", kAppWidth) << kGap
-       << padded("attribute", attributeWidth) << kGap << "registrar" << kGap << "applicant\n";
-  for (const MrpAgent::Registration& registration : held) {
-    out_ << "  " << padded(registration.port, portWidth) << kGap
-         << padded(applicationName(registration.application), kAppWidth) << kGap
-         << padded(valueText(registration.value), attributeWidth) << kGap
-         << padded(stateText(registration.registrar), std::string("registrar").size()) << kGap
-         << stateText(registration.applicant) << '\n';
-  }
+  out_ << '\n' << place.bridge << '\n' << registrationTable(held, "  ");
+}
+
+void TextTimeline::portChanged(const TimelinePlace& place, const std::string& state) {
+  row(place.t, place.bridge, place.port, "", "port " + state);
 }
 
 }  // namespace MrpCli

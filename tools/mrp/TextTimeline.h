@@ -38,6 +38,7 @@ class TextTimeline : public Timeline {
   void linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) override;
   void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from, Stp::MstiPortStatus::Role to) override;
   void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override;
+  void portChanged(const TimelinePlace& place, const std::string& state) override;
 
  private:
   void row(Quarn::Seconds t, const std::string& bridge, const std::string& port, const std::string& app,

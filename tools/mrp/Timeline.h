@@ -11,7 +11,7 @@
 
 namespace MrpCli {
 
-// Where and when something happened in a simulated network: seconds from
+// Where and when something happened to a network of bridges: seconds from
 // the start, a bridge and one of its ports ("" for the whole bridge).
 struct TimelinePlace {
   Quarn::Seconds t = 0;
@@ -19,7 +19,7 @@ struct TimelinePlace {
   std::string port;
 };
 
-// Hears what happens in a simulated network, in time order, and tells it
+// Hears what happens to bridges, simulated or on real ports, in time order, and tells it
 // to a person (TextTimeline) or a program (JsonTimeline).
 class Timeline {
  public:
@@ -38,6 +38,9 @@ class Timeline {
   virtual void linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) = 0;
   virtual void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from,
                            Stp::MstiPortStatus::Role to) = 0;
+  // A bridge's port came up, went down or disappeared ("up", "down",
+  // "absent"): what the agent sees of its Linux ports.
+  virtual void portChanged(const TimelinePlace& place, const std::string& state) = 0;
   // What a bridge holds at the end of the run.
   virtual void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) = 0;
 };

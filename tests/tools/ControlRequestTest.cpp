@@ -1,0 +1,95 @@
+#include "ControlRequest.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "JsonNode.h"
+#include "ValueText.h"
+
+namespace MrpTest {
+namespace {
+
+using Command = MrpCli::ControlRequest::Command;
+using Mrp::MrpApplication;
+
+const std::vector<std::string> kPorts = {"eth1", "eth2"};
+
+MrpCli::ControlRequest requestOf(const std::string& text,
+                                 const std::vector<MrpApplication>& applications = {MrpApplication::mvrp,
+                                                                                    MrpApplication::msrp}) {
+  return MrpCli::controlRequestFromJson(text, kPorts, applications);
+}
+
+TEST(ControlRequestTest, ADeclarationOnAPortNamesThePortAndTheValue) {
+  const auto request = requestOf(R"({"command": "declare", "attribute": {"port": "eth2", "app": "mvrp", "vlan": 10}})");
+  EXPECT_EQ(request.command, Command::declare);
+  EXPECT_EQ(request.port, "eth2");
+  ASSERT_TRUE(request.value);
+  EXPECT_EQ(MrpCli::valueText(*request.value), "VLAN 10");
+}
+
+TEST(ControlRequestTest, AWithdrawalWithoutAPortIsTheAgentsOwnOnEveryPort) {
+  const auto request = requestOf(
+      R"({"command": "withdraw", "attribute": {"app": "msrp", "listener": {"streamId": "00:1b:21:00:00:01:00:01", "declaration": "ready"}}})");
+  EXPECT_EQ(request.command, Command::withdraw);
+  EXPECT_FALSE(request.port);
+  ASSERT_TRUE(request.value);
+  EXPECT_EQ(MrpCli::valueText(*request.value), "listener 00:1b:21:00:00:01:00:01 ready");
+}
+
+TEST(ControlRequestTest, CommandsWithoutArgumentsAndTrace) {
+  EXPECT_EQ(requestOf(R"({"command": "show"})").command, Command::show);
+  EXPECT_EQ(requestOf(R"({"command": "counters"})").command, Command::counters);
+  EXPECT_EQ(requestOf(R"({"command": "ports"})").command, Command::ports);
+  const auto trace = requestOf(R"({"command": "trace", "levels": "MrpSm/0-9"})");
+  EXPECT_EQ(trace.command, Command::trace);
+  EXPECT_EQ(trace.traceLevels, "MrpSm/0-9");
+}
+
+struct BadRequest {
+  std::string text;
+  std::string error;
+};
+
+class ControlRequestErrorTest : public ::testing::TestWithParam<BadRequest> {};
+
+TEST_P(ControlRequestErrorTest, NamesThePlaceOfTheFault) {
+  try {
+    requestOf(GetParam().text, {MrpApplication::mvrp});
+    FAIL() << "accepted: " << GetParam().text;
+  } catch (const MrpCli::JsonInputError& error) {
+    EXPECT_EQ(std::string(error.what()), GetParam().error);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    BadRequests, ControlRequestErrorTest,
+    ::testing::Values(
+        BadRequest{R"({"command": "show")",
+                   "not JSON: parse error at line 1, column 19: syntax error while parsing object - unexpected end of "
+                   "input; expected '}'"},
+        BadRequest{R"(["show"])", "an object is needed"},
+        BadRequest{R"({})", "command: missing"},
+        BadRequest{R"({"command": "frobnicate"})",
+                   "command: unknown command 'frobnicate' (declare, withdraw, show, counters, ports, trace)"},
+        BadRequest{R"({"command": 7})", "command: a string is needed"},
+        BadRequest{R"({"command": "show", "verbose": true})", "verbose: unknown field"},
+        BadRequest{R"({"command": "declare"})", "attribute: missing"},
+        BadRequest{R"({"command": "declare", "attribute": {"port": "eth9", "app": "mvrp", "vlan": 10}})",
+                   "attribute.port: no port 'eth9' (eth1, eth2)"},
+        BadRequest{R"({"command": "declare", "attribute": {"app": "mvrp", "vlan": 4095}})",
+                   "attribute.vlan: 4095 is not a VLAN id (1..4094)"},
+        BadRequest{R"({"command": "declare", "attribute": {"app": "mvrp", "vlan": -3}})",
+                   "attribute.vlan: -3 is not a VLAN id (1..4094)"},
+        BadRequest{R"({"command": "declare", "attribute": {"app": "msrp", "domain": {"classId": 6, "priority": 3, "vid": 2}}})",
+                   "attribute.app: 'msrp' is not among the applications"},
+        BadRequest{R"({"command": "withdraw", "attribute": {"app": "mvrp", "vlan": 10, "bridge": "sw1"}})",
+                   "attribute.bridge: unknown field"},
+        BadRequest{R"({"command": "withdraw", "attribute": {"app": "mvrp"}})", "attribute: one value is needed: vlan"},
+        BadRequest{R"({"command": "trace"})", "levels: missing"}));
+
+}  // namespace
+}  // namespace MrpTest

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+#include "AttributeValue.h"
+#include "JsonNode.h"
+#include "MrpModel/MrpApplication.h"
+
+namespace MrpCli {
+
+// The value a declaration or withdrawal names, as the scenario file and the
+// agent's control requests write it: "app" (one of `applications`) and one
+// value of that application, "vlan": 1..4094 for mvrp, "talkerAdvertise",
+// "listener" or "domain" for msrp. Other members of `node` are the caller's
+// to check. Throws JsonInputError naming the place of the first fault.
+MrpAgent::AttributeValue attributeValueOf(const JsonNode& node, const std::vector<Mrp::MrpApplication>& applications);
+
+}  // namespace MrpCli

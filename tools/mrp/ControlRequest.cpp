@@ -1,0 +1,85 @@
+#include "ControlRequest.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "AttributeValueReader.h"
+#include "JsonNode.h"
+
+namespace MrpCli {
+
+namespace {
+
+using Command = ControlRequest::Command;
+
+constexpr std::array<std::pair<Command, const char*>, 6> kCommands = {{{Command::declare, "declare"},
+                                                                       {Command::withdraw, "withdraw"},
+                                                                       {Command::show, "show"},
+                                                                       {Command::counters, "counters"},
+                                                                       {Command::ports, "ports"},
+                                                                       {Command::trace, "trace"}}};
+
+std::string listed(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
+}
+
+Command commandOf(const JsonNode& node) {
+  const std::string name = node.string();
+  for (const auto& [command, commandName] : kCommands) {
+    if (name == commandName) return command;
+  }
+  node.fail("unknown command '" + name + "' (" + controlCommandNames() + ")");
+}
+
+void readAttribute(const JsonNode& node, const std::vector<std::string>& ports,
+                   const std::vector<Mrp::MrpApplication>& applications, ControlRequest& request) {
+  node.object({"port", "app", "vlan", "talkerAdvertise", "listener", "domain"});
+  if (node.has("port")) {
+    const JsonNode port = node["port"];
+    const std::string name = port.string();
+    if (std::find(ports.begin(), ports.end(), name) == ports.end()) {
+      port.fail("no port '" + name + "' (" + listed(ports) + ")");
+    }
+    request.port = name;
+  }
+  request.value = attributeValueOf(node, applications);
+}
+
+}  // namespace
+
+std::string controlCommandNames() {
+  std::string text;
+  for (const auto& [command, name] : kCommands) text += (text.empty() ? "" : ", ") + std::string(name);
+  return text;
+}
+
+ControlRequest controlRequestFromJson(std::string_view text, const std::vector<std::string>& ports,
+                                      const std::vector<Mrp::MrpApplication>& applications) {
+  const nlohmann::ordered_json json = jsonParsed(text);
+  const JsonNode root(json, "");
+  root.object();
+  ControlRequest request;
+  request.command = commandOf(root["command"]);
+  switch (request.command) {
+    case Command::declare:
+    case Command::withdraw:
+      root.object({"command", "attribute"});
+      readAttribute(root["attribute"], ports, applications, request);
+      break;
+    case Command::trace:
+      root.object({"command", "levels"});
+      request.traceLevels = root["levels"].string();
+      break;
+    case Command::show:
+    case Command::counters:
+    case Command::ports:
+      root.object({"command"});
+      break;
+  }
+  return request;
+}
+
+}  // namespace MrpCli

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "AttributeValue.h"
+#include "MrpModel/MrpApplication.h"
+
+namespace MrpCli {
+
+// One request to the agent's control socket, a JSON object on one line:
+//   {"command": "declare", "attribute": {"port": "eth1", "app": "mvrp", "vlan": 10}}
+//   {"command": "withdraw", "attribute": {"app": "mvrp", "vlan": 10}}
+//   {"command": "show"}   {"command": "counters"}   {"command": "ports"}
+//   {"command": "trace", "levels": "MrpSm/0-9"}
+// An attribute is written as in a scenario's declare, without the bridge:
+// with "port", an end station's declaration on that port; without, the
+// agent's own on every port.
+struct ControlRequest {
+  enum class Command { declare, withdraw, show, counters, ports, trace };
+
+  Command command = Command::show;
+  std::optional<MrpAgent::AttributeValue> value;
+  std::optional<std::string> port;
+  std::string traceLevels;
+};
+
+// "declare, withdraw, show, counters, ports, trace".
+std::string controlCommandNames();
+
+// Reads a request, checking its port among `ports` and its application
+// among `applications`; throws JsonInputError naming the place of the fault.
+ControlRequest controlRequestFromJson(std::string_view text, const std::vector<std::string>& ports,
+                                      const std::vector<Mrp::MrpApplication>& applications);
+
+}  // namespace MrpCli
