@@ -6,6 +6,8 @@
 #                      release is (-O3, build-release/) and under
 #                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
 #                      then each fuzz target for a bounded time (build-fuzz/, clang)
+#   ./build.sh valgrind  build (-O1 -g, build-valgrind/) and run the engine and
+#                      platform tests under valgrind's memcheck
 #
 # Every configuration here treats warnings as errors (MRP_WERROR), so a new
 # warning stops the build where it is made. Missing build tools and libraries
@@ -13,7 +15,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-PACKAGES=(cmake make g++ ccache googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang pkgconf libpcap-dev nlohmann-json3-dev libcli11-dev)
+PACKAGES=(cmake make g++ ccache googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang pkgconf libpcap-dev nlohmann-json3-dev libcli11-dev valgrind)
 FUZZ_SECONDS=${FUZZ_SECONDS:-60}
 JOBS=$(nproc 2>/dev/null || echo 2)
 
@@ -71,6 +73,19 @@ run_fuzzers() {
   done
 }
 
+# The engine and platform suites (tests/src, tests/platform) in one process
+# under memcheck: any error or leak fails the run. The suites are read from
+# the test sources, so a new suite there is included.
+run_valgrind() {
+  BUILD_TYPE=Debug build build-valgrind -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g"
+  local suites filter
+  suites=$(grep -rhoE '^(TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\( *[A-Za-z0-9_]+' tests/src tests/platform |
+    sed -E 's/.*\( *//' | sort -u)
+  filter=$(for suite in $suites; do printf '%s.*:*/%s.*:' "$suite" "$suite"; done)
+  valgrind --tool=memcheck --error-exitcode=1 --leak-check=full \
+    build-valgrind/tests/mrp_tests --gtest_filter="$filter"
+}
+
 case "${1:-}" in
   run)
     install_missing
@@ -87,8 +102,12 @@ case "${1:-}" in
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests build-san
     run_fuzzers
     ;;
+  valgrind)
+    install_missing
+    run_valgrind
+    ;;
   *)
-    echo "usage: ./build.sh run|test" >&2
+    echo "usage: ./build.sh run|test|valgrind" >&2
     exit 2
     ;;
 esac

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "quarn/Types.h"
-#include "stp/Status.h"
+#include "support/CistPortStatus.h"
 #include "support/EngineScenario.h"
 #include "support/FrameBuilder.h"
 
@@ -52,19 +52,6 @@ inline std::vector<Quarn::Seconds> leaveAllTimesOf(const std::vector<SentFrame>&
   std::vector<Quarn::Seconds> times;
   for (const SentFrame& frame : leaveAllFramesOf(frames)) times.push_back(frame.time);
   return times;
-}
-
-// The spanning-tree name of the single tree that rapid spanning tree runs
-// (mode 2), which governs every port's base VLAN.
-inline constexpr const char* kCist = "Cist";
-
-// Puts `status` in rapid spanning-tree mode with an instance `stpiName`
-// holding the tree kCist, and returns the status entry of `port` in it
-// (created with role 0 when absent).
-inline Quarn::Ptr<Stp::MstiPortStatus> cistPortStatusIs(Stp::Status& status, const std::string& port,
-                                                         const std::string& stpiName = "stp") {
-  status.modeIs(Stp::kModeRstp);
-  return status.stpiStatusIs(stpiName)->mstiStatusIs(kCist)->mstiPortStatusIs(port);
 }
 
 }  // namespace MrpTest

@@ -7,12 +7,6 @@
 
 namespace MrpTest {
 
-namespace {
-
-constexpr std::size_t kMacAddrsSize = 12;
-
-}  // namespace
-
 PamEngineFixture::PamEngineFixture() : pamFactory(new Velo::MemPamFactory) {
   Velo::pamFactoryIs(pamFactory);
   Mrp::MrpSmPamPeer::pamFilterProgramClear();
@@ -55,18 +49,6 @@ std::vector<Bytes> PamEngineFixture::received(Velo::MemPam& testEnd) {
 Bytes bytesOf(const Velo::Pkt& pkt) { return Bytes(pkt.data(), pkt.data() + pkt.bytes()); }
 
 Quarn::Ptr<Velo::Pkt> pktOf(const Bytes& bytes) { return Velo::Pkt::pktNew(bytes.data(), bytes.size()); }
-
-Bytes vlanTagged(const Bytes& frame, std::uint16_t tci) {
-  Bytes tagged;
-  tagged.reserve(frame.size() + 4);
-  tagged.assign(frame.begin(), frame.begin() + kMacAddrsSize);
-  for (std::uint8_t octet : {std::uint8_t{0x81}, std::uint8_t{0x00}, static_cast<std::uint8_t>(tci >> 8),
-                             static_cast<std::uint8_t>(tci)}) {
-    tagged.push_back(octet);
-  }
-  tagged.insert(tagged.end(), frame.begin() + kMacAddrsSize, frame.end());
-  return tagged;
-}
 
 Bytes withEtherType(Bytes frame, std::uint16_t etherType) {
   frame[12] = static_cast<std::uint8_t>(etherType >> 8);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "support/EngineFixture.h"
+#include "support/VlanTag.h"
 #include "velo/MemPam.h"
 #include "velo/Pkt.h"
 
@@ -45,8 +46,6 @@ inline const Velo::EthAddr kEngineMac(0x02, 0x00, 0x00, 0x00, 0x00, 0x02);
 
 Bytes bytesOf(const Velo::Pkt& pkt);
 Quarn::Ptr<Velo::Pkt> pktOf(const Bytes& bytes);
-// `frame` with a VLAN tag (TPID 0x8100, `tci`) behind its MAC addresses.
-Bytes vlanTagged(const Bytes& frame, std::uint16_t tci);
 // `frame` with its EtherType (bytes 12-13) replaced.
 Bytes withEtherType(Bytes frame, std::uint16_t etherType);
 // `frame` with its destination address replaced.
