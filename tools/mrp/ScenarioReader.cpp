@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <initializer_list>
 #include <map>
@@ -117,6 +118,45 @@ Velo::EthAddr macOf(const Node& node) {
 
 std::uint16_t vlanOf(const Node& node) {
   return static_cast<std::uint16_t>(node.whole(1, kMaxVlanId, "a VLAN id"));
+}
+
+// A VLAN list as switches write one: ids and ranges joined by commas,
+// "1-4094" or "10, 20-29", in the order they are to be declared.
+std::vector<std::uint16_t> vlanListOf(const Node& node) {
+  const std::string text = node.string();
+  const auto badItem = [&](std::string_view item) {
+    node.fail("'" + std::string(item) + "' is not a VLAN id or range (e.g. 1-4094 or 10,20-29)");
+  };
+  // One id of an item; the text is digits only.
+  const auto idOf = [&](std::string_view item, std::string_view digits) -> std::uint16_t {
+    unsigned long id = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    if (digits.empty() || end != digits.data() + digits.size()) badItem(item);
+    if (error != std::errc() || id < 1 || id > kMaxVlanId) {
+      node.fail(std::string(digits) + " is not a VLAN id (1.." + std::to_string(kMaxVlanId) + ")");
+    }
+    return static_cast<std::uint16_t>(id);
+  };
+  std::vector<bool> listed(kMaxVlanId + 1);
+  std::vector<std::uint16_t> vlans;
+  std::string_view rest = text;
+  while (true) {
+    const std::size_t comma = rest.find(',');
+    std::string_view item = rest.substr(0, comma);
+    while (!item.empty() && item.front() == ' ') item.remove_prefix(1);
+    while (!item.empty() && item.back() == ' ') item.remove_suffix(1);
+    const std::size_t dash = item.find('-');
+    const std::uint16_t first = idOf(item, item.substr(0, dash));
+    const std::uint16_t last = dash == std::string_view::npos ? first : idOf(item, item.substr(dash + 1));
+    if (last < first) node.fail("'" + std::string(item) + "' runs backwards");
+    for (std::uint16_t vlan = first; vlan <= last; ++vlan) {
+      if (listed[vlan]) node.fail("VLAN " + std::to_string(vlan) + " is listed twice");
+      listed[vlan] = true;
+      vlans.push_back(vlan);
+    }
+    if (comma == std::string_view::npos) return vlans;
+    rest.remove_prefix(comma + 1);
+  }
 }
 
 MrpAgent::AttributeValue talkerOf(const Node& node) {
@@ -237,7 +277,9 @@ class Reader {
       const std::string action = actions.front();
       if (event.has("up") && action != "link") event["up"].fail("unknown field");
       if (action == "declare" || action == "withdraw") {
-        scenario_.events.push_back({at, declareOf(event[actions.front()], action == "withdraw")});
+        for (Scenario::Declare& declare : declaresOf(event[actions.front()], action == "withdraw")) {
+          scenario_.events.push_back({at, std::move(declare)});
+        }
       } else if (action == "link") {
         scenario_.events.push_back({at, Scenario::LinkState{linkIndexOf(event["link"]), event["up"].boolean()}});
       } else if (action == "role") {
@@ -250,35 +292,43 @@ class Reader {
                      [](const Scenario::Event& a, const Scenario::Event& b) { return a.at < b.at; });
   }
 
-  Scenario::Declare declareOf(const Node& node, bool withdraw) {
-    node.object({"bridge", "port", "app", "vlan", "talkerAdvertise", "listener", "domain"});
-    Scenario::Declare declare{bridgeOf(node["bridge"]), std::nullopt, MrpAgent::AttributeValue(Mrp::MvrpVlanAttribute()),
-                              withdraw};
-    if (node.has("port")) declare.port = portOf(declare.bridge, node["port"]);
+  // One declaration or withdrawal per value: a VLAN list gives one per VLAN.
+  std::vector<Scenario::Declare> declaresOf(const Node& node, bool withdraw) {
+    node.object({"bridge", "port", "app", "vlan", "vlans", "talkerAdvertise", "listener", "domain"});
+    const std::string bridge = bridgeOf(node["bridge"]);
+    std::optional<std::string> port;
+    if (node.has("port")) port = portOf(bridge, node["port"]);
     const Node app = node["app"];
     const std::string name = app.string();
     const auto application = applicationNamed(name);
     if (!application) app.fail("unknown application '" + name + "' (mvrp or msrp)");
     if (!runs(*application)) app.fail("'" + name + "' is not among the applications");
     const bool mvrp = *application == Mrp::MrpApplication::mvrp;
-    const char* kinds = mvrp ? "vlan" : "talkerAdvertise, listener or domain";
+    const char* kinds = mvrp ? "vlan or vlans" : "talkerAdvertise, listener or domain";
     std::vector<const char*> given;
-    for (const char* kind : {"vlan", "talkerAdvertise", "listener", "domain"}) {
+    for (const char* kind : {"vlan", "vlans", "talkerAdvertise", "listener", "domain"}) {
       if (node.has(kind)) given.push_back(kind);
     }
     if (given.size() != 1) node.fail(std::string("one value is needed: ") + kinds);
     const std::string kind = given.front();
-    if (mvrp != (kind == "vlan")) node[given.front()].fail(std::string("a ") + name + " value is " + kinds);
-    if (kind == "vlan") {
-      declare.value = MrpAgent::AttributeValue(Mrp::MvrpVlanAttribute(vlanOf(node["vlan"])));
-    } else if (kind == "talkerAdvertise") {
-      declare.value = talkerOf(node["talkerAdvertise"]);
-    } else if (kind == "listener") {
-      declare.value = listenerOf(node["listener"]);
-    } else {
-      declare.value = domainOf(node["domain"]);
+    if (mvrp != (kind == "vlan" || kind == "vlans")) {
+      node[given.front()].fail(std::string("a ") + name + " value is " + kinds);
     }
-    return declare;
+    std::vector<MrpAgent::AttributeValue> values;
+    if (kind == "vlan") {
+      values.emplace_back(Mrp::MvrpVlanAttribute(vlanOf(node["vlan"])));
+    } else if (kind == "vlans") {
+      for (std::uint16_t vlan : vlanListOf(node["vlans"])) values.emplace_back(Mrp::MvrpVlanAttribute(vlan));
+    } else if (kind == "talkerAdvertise") {
+      values.push_back(talkerOf(node["talkerAdvertise"]));
+    } else if (kind == "listener") {
+      values.push_back(listenerOf(node["listener"]));
+    } else {
+      values.push_back(domainOf(node["domain"]));
+    }
+    std::vector<Scenario::Declare> declares;
+    for (MrpAgent::AttributeValue& value : values) declares.push_back({bridge, port, std::move(value), withdraw});
+    return declares;
   }
 
   Scenario::Role roleOf(const Node& node) {
