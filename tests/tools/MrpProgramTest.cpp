@@ -79,6 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommandLine{{"decode", "--hex"}, "mrp decode: --hex: 1 required HEX missing (try 'mrp decode --help')"},
         BadCommandLine{{"sim", "--until", "-1"},
                        "mrp sim: --until: '-1' is not a number of seconds (0 or more) (try 'mrp sim --help')"},
+        BadCommandLine{{"sim", "--rss-every", "0"},
+                       "mrp sim: --rss-every: '0' is not a number of seconds (more than 0) (try 'mrp sim --help')"},
         BadCommandLine{{"replay"}, "mrp replay: CAPTURE is required (try 'mrp replay --help')"},
         BadCommandLine{{"replay", "x.pcap", "--app", "gvrp"},
                        "mrp replay: --app: unknown application 'gvrp' (msrp or mvrp) (try 'mrp replay --help')"}));

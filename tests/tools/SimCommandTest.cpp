@@ -221,6 +221,19 @@ TEST(SimCommandTest, AVlanListDeclaresAndWithdrawsEachVlanInItsOrder) {
   EXPECT_FALSE(indicationAt(lines, "leave", "h2", "e0", 1, 1));
 }
 
+TEST(SimCommandTest, RssEveryWritesTheResidentSetToTheErrorStreamAndLeavesTheTimelineAsItIs) {
+  const MrpRun plain = mrp({"sim", "--until", "90", "--json"});
+  const MrpRun sampled = mrp({"sim", "--until", "90", "--json", "--rss-every", "30"});
+  ASSERT_EQ(sampled.status, 0) << sampled.err;
+  EXPECT_EQ(sampled.out, plain.out);
+  const std::vector<Json> samples = jsonLines(sampled.err);
+  ASSERT_EQ(samples.size(), 3u) << sampled.err;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    EXPECT_EQ(samples[i]["t"], 30.0 * static_cast<double>(i + 1));
+    EXPECT_GT(samples[i]["rss"].get<std::uint64_t>(), 1u << 20) << "a running program holds more than a MiB";
+  }
+}
+
 TEST(SimCommandTest, UntilEndsTheRunEarlier) {
   const std::vector<Json> lines = simJson({"--until", "5"});
   EXPECT_EQ(lines.back()["t"], 5.0);
