@@ -6,6 +6,9 @@
 #                      release is (-O3, build-release/) and under
 #                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
 #                      then each fuzz target for a bounded time (build-fuzz/, clang)
+#   ./build.sh soak    build mrp (-O3, build-release/), then the soak test,
+#                      tools/soak/run.sh: an hour of simulated time, a minute
+#                      or two of wall time; not part of `test` or CI
 #
 # Every configuration here treats warnings as errors (MRP_WERROR), so a new
 # warning stops the build where it is made. Missing build tools and libraries
@@ -35,12 +38,16 @@ install_missing() {
 # ccache keyed on paths relative to the checkout, so clones share one cache.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 
-build() {  # [BUILD_TYPE=type] build DIR [cmake options...]
+configure() {  # [BUILD_TYPE=type] configure DIR [cmake options...]
   local dir=$1
   shift
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
     -DMRP_WERROR=ON "$@" >/dev/null
-  cmake --build "$dir" -j "$JOBS"
+}
+
+build() {  # [BUILD_TYPE=type] build DIR [cmake options...]
+  configure "$@"
+  cmake --build "$1" -j "$JOBS"
 }
 
 run_tests() {  # run_tests DIR
@@ -87,8 +94,15 @@ case "${1:-}" in
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests build-san
     run_fuzzers
     ;;
+  soak)
+    install_missing
+    # Configured as `test` configures its release build, so neither rebuilds the other's.
+    BUILD_TYPE=Release configure build-release -DMRP_BUILD_BENCH=ON
+    cmake --build build-release -j "$JOBS" --target mrp
+    tools/soak/run.sh build-release/tools/mrp
+    ;;
   *)
-    echo "usage: ./build.sh run|test" >&2
+    echo "usage: ./build.sh run|test|soak" >&2
     exit 2
     ;;
 esac
