@@ -8,6 +8,9 @@
 #                      then each fuzz target for a bounded time (build-fuzz/, clang)
 #   ./build.sh valgrind  build (-O1 -g, build-valgrind/) and run the engine and
 #                      platform tests under valgrind's memcheck
+#   ./build.sh soak    build mrp (-O3, build-release/), then the soak test,
+#                      tools/soak/run.sh: an hour of simulated time, a minute
+#                      or two of wall time; not part of `test` or CI
 #
 # Every configuration here treats warnings as errors (MRP_WERROR), so a new
 # warning stops the build where it is made. Missing build tools and libraries
@@ -37,12 +40,16 @@ install_missing() {
 # ccache keyed on paths relative to the checkout, so clones share one cache.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 
-build() {  # [BUILD_TYPE=type] build DIR [cmake options...]
+configure() {  # [BUILD_TYPE=type] configure DIR [cmake options...]
   local dir=$1
   shift
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
     -DMRP_WERROR=ON "$@" >/dev/null
-  cmake --build "$dir" -j "$JOBS"
+}
+
+build() {  # [BUILD_TYPE=type] build DIR [cmake options...]
+  configure "$@"
+  cmake --build "$1" -j "$JOBS"
 }
 
 run_tests() {  # run_tests DIR
@@ -106,8 +113,15 @@ case "${1:-}" in
     install_missing
     run_valgrind
     ;;
+  soak)
+    install_missing
+    # Configured as `test` configures its release build, so neither rebuilds the other's.
+    BUILD_TYPE=Release configure build-release -DMRP_BUILD_BENCH=ON
+    cmake --build build-release -j "$JOBS" --target mrp
+    tools/soak/run.sh build-release/tools/mrp
+    ;;
   *)
-    echo "usage: ./build.sh run|test|valgrind" >&2
+    echo "usage: ./build.sh run|test|valgrind|soak" >&2
     exit 2
     ;;
 esac

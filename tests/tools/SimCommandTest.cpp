@@ -202,6 +202,38 @@ TEST(SimCommandTest, APortThatStopsForwardingWithdrawsWhatItRegisteredAndAnInjec
   EXPECT_LE(*left, 3.0 + kLeaveTime + kTransmitCycle + kSlack);
 }
 
+TEST(SimCommandTest, AVlanListDeclaresAndWithdrawsEachVlanInItsOrder) {
+  TempDir dir;
+  std::ofstream(dir.file("list.json")) << R"({"applications": ["mvrp"],
+    "bridges": {"h1": {"ports": ["e0"]}, "h2": {"ports": ["e0"]}}, "links": [["h1:e0", "h2:e0"]], "until": 5,
+    "events": [{"at": 0, "declare": {"bridge": "h1", "port": "e0", "app": "mvrp", "vlans": "7, 1-3"}},
+               {"at": 2, "withdraw": {"bridge": "h1", "port": "e0", "app": "mvrp", "vlans": "2-3"}}]})";
+  const std::vector<Json> lines = simJson({dir.file("list.json")});
+  std::vector<std::string> requests;
+  for (const Json& line : lines) {
+    if (line.contains("request")) requests.push_back(line["request"].get<std::string>() + " " + line["key"].dump());
+  }
+  EXPECT_THAT(requests, ::testing::ElementsAre("declare 7", "declare 1", "declare 2", "declare 3", "withdraw 2",
+                                               "withdraw 3"));
+  for (std::uint64_t vlan : {1, 2, 3, 7}) EXPECT_TRUE(indicationAt(lines, "join", "h2", "e0", 1, vlan)) << vlan;
+  EXPECT_TRUE(indicationAt(lines, "leave", "h2", "e0", 1, 2, 2.0));
+  EXPECT_TRUE(indicationAt(lines, "leave", "h2", "e0", 1, 3, 2.0));
+  EXPECT_FALSE(indicationAt(lines, "leave", "h2", "e0", 1, 1));
+}
+
+TEST(SimCommandTest, RssEveryWritesTheResidentSetToTheErrorStreamAndLeavesTheTimelineAsItIs) {
+  const MrpRun plain = mrp({"sim", "--until", "90", "--json"});
+  const MrpRun sampled = mrp({"sim", "--until", "90", "--json", "--rss-every", "30"});
+  ASSERT_EQ(sampled.status, 0) << sampled.err;
+  EXPECT_EQ(sampled.out, plain.out);
+  const std::vector<Json> samples = jsonLines(sampled.err);
+  ASSERT_EQ(samples.size(), 3u) << sampled.err;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    EXPECT_EQ(samples[i]["t"], 30.0 * static_cast<double>(i + 1));
+    EXPECT_GT(samples[i]["rss"].get<std::uint64_t>(), 1u << 20) << "a running program holds more than a MiB";
+  }
+}
+
 TEST(SimCommandTest, UntilEndsTheRunEarlier) {
   const std::vector<Json> lines = simJson({"--until", "5"});
   EXPECT_EQ(lines.back()["t"], 5.0);

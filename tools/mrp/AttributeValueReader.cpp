@@ -1,6 +1,8 @@
 #include "AttributeValueReader.h"
 
 #include <algorithm>
+#include <charconv>
+#include <string_view>
 
 #include "Applications.h"
 #include "Hex.h"
@@ -33,6 +35,45 @@ Velo::EthAddr macOf(const JsonNode& node) {
 
 std::uint16_t vlanOf(const JsonNode& node) {
   return static_cast<std::uint16_t>(node.whole(1, kMaxVlanId, "a VLAN id"));
+}
+
+// A VLAN list as switches write one: ids and ranges joined by commas,
+// "1-4094" or "10, 20-29", in the order they are to be declared.
+std::vector<std::uint16_t> vlanListOf(const JsonNode& node) {
+  const std::string text = node.string();
+  const auto badItem = [&](std::string_view item) {
+    node.fail("'" + std::string(item) + "' is not a VLAN id or range (e.g. 1-4094 or 10,20-29)");
+  };
+  // One id of an item; the text is digits only.
+  const auto idOf = [&](std::string_view item, std::string_view digits) -> std::uint16_t {
+    unsigned long id = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    if (digits.empty() || end != digits.data() + digits.size()) badItem(item);
+    if (error != std::errc() || id < 1 || id > kMaxVlanId) {
+      node.fail(std::string(digits) + " is not a VLAN id (1.." + std::to_string(kMaxVlanId) + ")");
+    }
+    return static_cast<std::uint16_t>(id);
+  };
+  std::vector<bool> listed(kMaxVlanId + 1);
+  std::vector<std::uint16_t> vlans;
+  std::string_view rest = text;
+  while (true) {
+    const std::size_t comma = rest.find(',');
+    std::string_view item = rest.substr(0, comma);
+    while (!item.empty() && item.front() == ' ') item.remove_prefix(1);
+    while (!item.empty() && item.back() == ' ') item.remove_suffix(1);
+    const std::size_t dash = item.find('-');
+    const std::uint16_t first = idOf(item, item.substr(0, dash));
+    const std::uint16_t last = dash == std::string_view::npos ? first : idOf(item, item.substr(dash + 1));
+    if (last < first) node.fail("'" + std::string(item) + "' runs backwards");
+    for (std::uint16_t vlan = first; vlan <= last; ++vlan) {
+      if (listed[vlan]) node.fail("VLAN " + std::to_string(vlan) + " is listed twice");
+      listed[vlan] = true;
+      vlans.push_back(vlan);
+    }
+    if (comma == std::string_view::npos) return vlans;
+    rest.remove_prefix(comma + 1);
+  }
 }
 
 MrpAgent::AttributeValue talkerOf(const JsonNode& node) {
@@ -69,9 +110,10 @@ MrpAgent::AttributeValue domainOf(const JsonNode& node) {
                                vlanOf(node["vid"])));
 }
 
-}  // namespace
-
-MrpAgent::AttributeValue attributeValueOf(const JsonNode& node, const std::vector<Mrp::MrpApplication>& applications) {
+// The values of a declaration; a VLAN list, where `lists` allows one, gives
+// one value per VLAN.
+std::vector<MrpAgent::AttributeValue> valuesOf(const JsonNode& node, const std::vector<Mrp::MrpApplication>& applications,
+                                               bool lists) {
   const JsonNode app = node["app"];
   const std::string name = app.string();
   const auto application = applicationNamed(name);
@@ -80,18 +122,38 @@ MrpAgent::AttributeValue attributeValueOf(const JsonNode& node, const std::vecto
     app.fail("'" + name + "' is not among the applications");
   }
   const bool mvrp = *application == Mrp::MrpApplication::mvrp;
-  const char* kinds = mvrp ? "vlan" : "talkerAdvertise, listener or domain";
+  const char* kinds = mvrp ? (lists ? "vlan or vlans" : "vlan") : "talkerAdvertise, listener or domain";
   std::vector<const char*> given;
-  for (const char* kind : {"vlan", "talkerAdvertise", "listener", "domain"}) {
-    if (node.has(kind)) given.push_back(kind);
+  for (const char* kind : {"vlan", "vlans", "talkerAdvertise", "listener", "domain"}) {
+    if (node.has(kind) && (lists || std::string_view(kind) != "vlans")) given.push_back(kind);
   }
   if (given.size() != 1) node.fail(std::string("one value is needed: ") + kinds);
   const std::string kind = given.front();
-  if (mvrp != (kind == "vlan")) node[given.front()].fail(std::string("a ") + name + " value is " + kinds);
-  if (kind == "vlan") return MrpAgent::AttributeValue(Mrp::MvrpVlanAttribute(vlanOf(node["vlan"])));
-  if (kind == "talkerAdvertise") return talkerOf(node["talkerAdvertise"]);
-  if (kind == "listener") return listenerOf(node["listener"]);
-  return domainOf(node["domain"]);
+  if (mvrp != (kind == "vlan" || kind == "vlans")) node[given.front()].fail(std::string("a ") + name + " value is " + kinds);
+  std::vector<MrpAgent::AttributeValue> values;
+  if (kind == "vlan") {
+    values.emplace_back(Mrp::MvrpVlanAttribute(vlanOf(node["vlan"])));
+  } else if (kind == "vlans") {
+    for (std::uint16_t vlan : vlanListOf(node["vlans"])) values.emplace_back(Mrp::MvrpVlanAttribute(vlan));
+  } else if (kind == "talkerAdvertise") {
+    values.push_back(talkerOf(node["talkerAdvertise"]));
+  } else if (kind == "listener") {
+    values.push_back(listenerOf(node["listener"]));
+  } else {
+    values.push_back(domainOf(node["domain"]));
+  }
+  return values;
+}
+
+}  // namespace
+
+MrpAgent::AttributeValue attributeValueOf(const JsonNode& node, const std::vector<Mrp::MrpApplication>& applications) {
+  return valuesOf(node, applications, false).front();
+}
+
+std::vector<MrpAgent::AttributeValue> attributeValuesOf(const JsonNode& node,
+                                                        const std::vector<Mrp::MrpApplication>& applications) {
+  return valuesOf(node, applications, true);
 }
 
 }  // namespace MrpCli

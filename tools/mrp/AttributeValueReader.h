@@ -15,4 +15,10 @@ namespace MrpCli {
 // to check. Throws JsonInputError naming the place of the first fault.
 MrpAgent::AttributeValue attributeValueOf(const JsonNode& node, const std::vector<Mrp::MrpApplication>& applications);
 
+// As attributeValueOf, and for mvrp "vlans" as well: a list of VLAN ids and
+// ranges as switches write one ("1-4094", "10, 20-29"), one value per VLAN
+// in the order listed.
+std::vector<MrpAgent::AttributeValue> attributeValuesOf(const JsonNode& node,
+                                                        const std::vector<Mrp::MrpApplication>& applications);
+
 }  // namespace MrpCli

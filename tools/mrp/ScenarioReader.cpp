@@ -105,7 +105,9 @@ class Reader {
       const std::string action = actions.front();
       if (event.has("up") && action != "link") event["up"].fail("unknown field");
       if (action == "declare" || action == "withdraw") {
-        scenario_.events.push_back({at, declareOf(event[actions.front()], action == "withdraw")});
+        for (Scenario::Declare& declare : declaresOf(event[actions.front()], action == "withdraw")) {
+          scenario_.events.push_back({at, std::move(declare)});
+        }
       } else if (action == "link") {
         scenario_.events.push_back({at, Scenario::LinkState{linkIndexOf(event["link"]), event["up"].boolean()}});
       } else if (action == "role") {
@@ -118,12 +120,17 @@ class Reader {
                      [](const Scenario::Event& a, const Scenario::Event& b) { return a.at < b.at; });
   }
 
-  Scenario::Declare declareOf(const Node& node, bool withdraw) {
-    node.object({"bridge", "port", "app", "vlan", "talkerAdvertise", "listener", "domain"});
+  // One declaration or withdrawal per value: a VLAN list gives one per VLAN.
+  std::vector<Scenario::Declare> declaresOf(const Node& node, bool withdraw) {
+    node.object({"bridge", "port", "app", "vlan", "vlans", "talkerAdvertise", "listener", "domain"});
     const std::string bridge = bridgeOf(node["bridge"]);
     std::optional<std::string> port;
     if (node.has("port")) port = portOf(bridge, node["port"]);
-    return {bridge, port, attributeValueOf(node, scenario_.applications), withdraw};
+    std::vector<Scenario::Declare> declares;
+    for (MrpAgent::AttributeValue& value : attributeValuesOf(node, scenario_.applications)) {
+      declares.push_back({bridge, port, std::move(value), withdraw});
+    }
+    return declares;
   }
 
   Scenario::Role roleOf(const Node& node) {

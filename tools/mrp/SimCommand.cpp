@@ -10,9 +10,11 @@
 
 #include "DefaultScenario.h"
 #include "JsonTimeline.h"
+#include "MemorySampler.h"
 #include "ScenarioReader.h"
 #include "Simulation.h"
 #include "TextTimeline.h"
+#include "quarn/System.h"
 
 namespace MrpCli {
 
@@ -62,6 +64,17 @@ SimCommand::SimCommand(CLI::App& program)
           ""));
   command_->add_option("--pcap", pcapDir_, "Write each link's frames, both ways, to DIR/<a>-<port>_<b>-<port>.pcap")
       ->type_name("DIR");
+  command_->add_option("--rss-every", rssEvery_,
+                       "Every SECONDS of simulated time, write the process's resident set to stderr as a JSON line "
+                       "{\"t\": 60.0, \"rss\": BYTES}")
+      ->type_name("SECONDS")
+      ->check(CLI::Validator(
+          [](std::string& value) -> std::string {
+            double seconds = 0;
+            if (CLI::detail::lexical_cast(value, seconds) && seconds > 0) return "";
+            return "'" + value + "' is not a number of seconds (more than 0)";
+          },
+          ""));
   command_->footer(
       "The default network is h1 - sw1 - sw2 - sw3 - h2: h1 declares VLAN 10 and a stream that h2\n"
       "listens to; the VLAN is withdrawn, the link sw2 - sw3 is cut and restored, the stream ends.\n"
@@ -109,6 +122,9 @@ int SimCommand::run(std::ostream& out, std::ostream& err) const {
       simulation.captureIs(link->a, capture);
       simulation.captureIs(link->b, capture);
     }
+    // Goes before the simulation, whose clock it runs on.
+    std::optional<MemorySampler> sampler;
+    if (rssEvery_) sampler.emplace(&Quarn::System::clock(), *rssEvery_, err);
     simulation.run(until_.value_or(scenario.until));
   }
   for (const auto& [link, capture] : captures) {
