@@ -112,9 +112,20 @@ class SortedMap {
   }
 
  private:
+  // Look-ups mostly walk the keys in order (a received vector's values are
+  // consecutive keys), so the entry after the last one found, and that one
+  // again, are tried before a binary search.
   typename Entries::const_iterator lowerBound(const Key& key) const {
-    return std::lower_bound(entries_.begin(), entries_.end(), key,
-                            [](const Entry& entry, const Key& k) { return entry.key < k; });
+    for (std::size_t near : {finger_, finger_ - 1}) {
+      if (near < entries_.size() && entries_[near].key == key) return found(near);
+    }
+    auto it = std::lower_bound(entries_.begin(), entries_.end(), key,
+                               [](const Entry& entry, const Key& k) { return entry.key < k; });
+    return found(static_cast<std::size_t>(it - entries_.begin()));
+  }
+  typename Entries::const_iterator found(std::size_t index) const {
+    finger_ = index + 1;
+    return entries_.begin() + static_cast<std::ptrdiff_t>(index);
   }
   typename Entries::iterator lowerBound(const Key& key) {
     return entries_.begin() + (std::as_const(*this).lowerBound(key) - entries_.cbegin());
@@ -126,6 +137,8 @@ class SortedMap {
 
   Entries entries_;
   std::size_t erased_ = 0;
+  // One past the entry the last look-up found; a hint only, checked before use.
+  mutable std::size_t finger_ = 0;
 };
 
 // An ordered set in the same sorted array.

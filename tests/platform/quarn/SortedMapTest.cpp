@@ -48,6 +48,35 @@ TEST(SortedMapTest, ErasedKeysAreGoneAndMayComeBack) {
   EXPECT_EQ(map.size(), 10u);
 }
 
+// Walking the keys in order is the common case and takes a shortcut; the
+// shortcut must not outlive an insertion or erasure before it.
+TEST(SortedMapTest, InOrderWalksFindTheRightValuesAcrossInsertionsAndErasures) {
+  Map map;
+  for (int key = 0; key < 20; key += 2) map.insertOrAssign(key, std::to_string(key));
+  for (int key = 0; key < 20; ++key) {
+    if (key % 2) {
+      EXPECT_FALSE(map.find(key)) << key;
+    } else {
+      ASSERT_TRUE(map.find(key)) << key;
+      EXPECT_EQ(*map.find(key), std::to_string(key));
+    }
+  }
+  ASSERT_TRUE(map.find(6));
+  map.insertOrAssign(5, "five");  // before the entry found last
+  map.erase(8);                   // the entry after it
+  ASSERT_TRUE(map.find(5));
+  EXPECT_EQ(*map.find(5), "five");
+  ASSERT_TRUE(map.find(6));
+  EXPECT_EQ(*map.find(6), "6");
+  EXPECT_FALSE(map.find(8));
+  ASSERT_TRUE(map.find(10));
+  EXPECT_EQ(*map.find(10), "10");
+  map.findOrInsert(9, [] { return std::string("nine"); });
+  EXPECT_EQ(entriesOf(map).size(), 11u);
+  ASSERT_TRUE(map.find(9));
+  EXPECT_EQ(*map.find(9), "nine");
+}
+
 TEST(SortedMapTest, UpperBoundIsTheFirstKeyAfterPresentOrNot) {
   Map map;
   for (int key : {10, 20, 30, 40}) map.insertOrAssign(key, "x");
