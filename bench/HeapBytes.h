@@ -1,6 +1,6 @@
 #pragma once
 
-// Counts the heap bytes a program holds. Replaces the global allocation
+// Counts the heap bytes a program holds and the allocations it makes. Replaces the global allocation
 // functions, so a program includes it in exactly one source file, and only a
 // program that measures memory: every allocation pays for the count.
 
@@ -14,6 +14,8 @@ namespace MrpBench {
 
 // Bytes held by live allocations of operator new, as the allocator sized them.
 inline std::size_t liveHeapBytes = 0;
+// Calls of operator new since the program started.
+inline std::size_t heapAllocations = 0;
 
 }  // namespace MrpBench
 
@@ -25,6 +27,7 @@ void* operator new(std::size_t size) {
   void* p = std::malloc(size ? size : 1);
   if (!p) throw std::bad_alloc();
   MrpBench::liveHeapBytes += malloc_usable_size(p);
+  ++MrpBench::heapAllocations;
   return p;
 }
 

@@ -1,33 +1,37 @@
-// Receiving an MVRP frame that declares all 4094 VLANs with JoinIn, end to
-// end on a port: the frame into the port's in-memory socket, the receive
-// checks, parsing, the applicant and registrar of every VLAN, the join
-// indications and the queued database commits. Beside it, in the same run,
-// the parse alone and a bare loop that only unpacks the frame's three-packed
-// octets. items_per_second counts VLANs.
+// Receiving an MVRP frame that declares N VLANs with JoinIn (N = 500, 1000,
+// 2000, 4094), end to end on a port: the frame into the port's in-memory
+// socket, the receive checks, parsing, the applicant and registrar of every
+// VLAN, the join indications and the queued database commits. Beside it, in
+// the same run, the parse alone and a bare loop that only unpacks the frame's
+// three-packed octets. items_per_second counts VLANs; allocations_per_frame
+// counts calls of operator new in the timed part.
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
+#include "HeapBytes.h"
 #include "ParseLoop.h"
+#include "UnpackLoop.h"
 #include "WiredEngine.h"
 #include "support/MrpduFrames.h"
 #include "support/StandaloneEngine.h"
 
 namespace {
 
-constexpr std::uint16_t kAllVlans = 4094;
 constexpr std::uint8_t kJoinIn = 1;
-constexpr std::uint8_t kEvents = 6;  // New .. Lv
 
-const std::vector<std::uint8_t>& allVlansPdu() {
-  static const std::vector<std::uint8_t> pdu = MrpTest::Frames::mvrpVlanRunPdu(1, kAllVlans, kJoinIn);
-  return pdu;
+// The argument of each benchmark: how many VLANs the frame declares.
+void vlanCounts(benchmark::internal::Benchmark* bench) {
+  for (int vlans : {500, 1000, 2000, 4094}) bench->Arg(vlans);
+  bench->Unit(benchmark::kMicrosecond);
 }
+
+std::vector<std::uint8_t> vlansPdu(std::uint16_t vlans) { return MrpTest::Frames::mvrpVlanRunPdu(1, vlans, kJoinIn); }
+std::uint16_t vlansOf(const benchmark::State& state) { return static_cast<std::uint16_t>(state.range(0)); }
 
 // An agent that only counts the joins it hears.
 class CountingMrpLib : public Mrp::MrpLib {
@@ -39,10 +43,11 @@ class CountingMrpLib : public Mrp::MrpLib {
   std::uint64_t joins = 0;
 };
 
-// An MVRP engine on one wired port, and the frame to give it.
+// An MVRP engine on one wired port, and the frame of `vlans` VLANs to give it.
 class ReceiveBench {
  public:
-  ReceiveBench() : wired_(Mrp::MrpApplication::mvrp, lib_, 1), frame_(wired_.frameOf(allVlansPdu())) {}
+  explicit ReceiveBench(std::uint16_t vlans)
+      : vlans_(vlans), wired_(Mrp::MrpApplication::mvrp, lib_, 1), frame_(wired_.frameOf(vlansPdu(vlans))) {}
 
   void receive() { wired_.receive(0, *frame_); }
   // Runs the clock past the add review, which commits the queued additions.
@@ -51,7 +56,7 @@ class ReceiveBench {
   std::uint64_t joins() const { return lib_->joins; }
   Mrp::MrpSm& engine() const { return wired_.engine(); }
   bool allRegistered() const {
-    for (std::uint16_t vlan = 1; vlan <= kAllVlans; ++vlan) {
+    for (std::uint16_t vlan = 1; vlan <= vlans_; ++vlan) {
       auto entry = engine().mrpGetAttrFromDatabase(wired_.port(0), 1, vlan, true);
       if (!entry || entry->registrarState() != Mrp::MrpRegistrarState::in) return false;
     }
@@ -59,73 +64,73 @@ class ReceiveBench {
   }
 
  private:
+  std::uint16_t vlans_;
   Quarn::Ptr<CountingMrpLib> lib_ = new CountingMrpLib;
   MrpBench::WiredEngine wired_;
   Quarn::Ptr<Velo::Pkt> frame_;
 };
 
-void perVlan(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * kAllVlans); }
+void perVlan(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * state.range(0)); }
 
-// The first reception: 4094 new registrations, indicated, their additions
+void allocationsPerFrame(benchmark::State& state, std::size_t allocations) {
+  state.counters["allocations_per_frame"] =
+      benchmark::Counter(static_cast<double>(allocations), benchmark::Counter::kAvgIterations);
+}
+
+// The first reception: N new registrations, indicated, their additions
 // queued. A fresh engine per iteration, made and dropped outside the timing.
-void BM_ReceiveAllVlansFirstTime(benchmark::State& state) {
+void BM_ReceiveFirstTime(benchmark::State& state) {
+  std::size_t allocations = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    auto bench = std::make_unique<ReceiveBench>();
+    auto bench = std::make_unique<ReceiveBench>(vlansOf(state));
+    const std::size_t before = MrpBench::heapAllocations;
     state.ResumeTiming();
     bench->receive();
     state.PauseTiming();
-    if (bench->joins() != kAllVlans) state.SkipWithError("not every VLAN was indicated");
-    if (bench->engine().addPendingAttrs().size() != kAllVlans) state.SkipWithError("additions not queued");
+    allocations += MrpBench::heapAllocations - before;
+    if (bench->joins() != vlansOf(state)) state.SkipWithError("not every VLAN was indicated");
+    if (bench->engine().addPendingAttrs().size() != vlansOf(state)) state.SkipWithError("additions not queued");
     bench.reset();
     state.ResumeTiming();
   }
   perVlan(state);
+  allocationsPerFrame(state, allocations);
 }
-BENCHMARK(BM_ReceiveAllVlansFirstTime)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ReceiveFirstTime)->Apply(vlanCounts);
 
 // The steady state: every VLAN registered and committed already; the frame
 // repeats them (no indication, nothing to commit).
-void BM_ReceiveAllVlansRegistered(benchmark::State& state) {
-  ReceiveBench bench;
+void BM_ReceiveRegistered(benchmark::State& state) {
+  ReceiveBench bench(vlansOf(state));
   bench.receive();
   bench.commit();
   if (!bench.allRegistered() || !bench.engine().addPendingAttrs().empty()) {
     state.SkipWithError("registrations not committed");
   }
+  const std::size_t before = MrpBench::heapAllocations;
   for (auto _ : state) bench.receive();
-  if (bench.joins() != kAllVlans) state.SkipWithError("repeated VLANs were indicated again");
+  allocationsPerFrame(state, MrpBench::heapAllocations - before);
+  if (bench.joins() != vlansOf(state)) state.SkipWithError("repeated VLANs were indicated again");
   perVlan(state);
 }
-BENCHMARK(BM_ReceiveAllVlansRegistered)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ReceiveRegistered)->Apply(vlanCounts);
 
 // Baseline: parsing the same MRPDU and collecting its values, no more.
-void BM_ParseAllVlansOnly(benchmark::State& state) {
+void BM_ParseOnly(benchmark::State& state) {
   Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
-  MrpBench::parseLoop(state, *engine, allVlansPdu(), kAllVlans);
+  const std::vector<std::uint8_t> pdu = vlansPdu(vlansOf(state));
+  const std::size_t before = MrpBench::heapAllocations;
+  MrpBench::parseLoop(state, *engine, pdu, vlansOf(state));
+  allocationsPerFrame(state, MrpBench::heapAllocations - before);
 }
-BENCHMARK(BM_ParseAllVlansOnly)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ParseOnly)->Apply(vlanCounts);
 
 // Baseline: the least any receiver does, unpacking the three events of each
 // packed octet of the same MRPDU and counting them by event.
-void BM_UnpackThreePackedOnly(benchmark::State& state) {
-  constexpr std::size_t kPackedStart = 1 + 2 + 2 + 2;  // ProtocolVersion, type and length, VectorHeader, FirstValue
-  const std::vector<std::uint8_t>& pdu = allVlansPdu();
-  const std::size_t packedEnd = kPackedStart + (kAllVlans + 2) / 3;
-  std::uint32_t byEvent[kEvents + 1] = {};
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(pdu.data());
-    for (std::size_t i = kPackedStart; i < packedEnd; ++i) {
-      const unsigned octet = pdu[i];
-      ++byEvent[std::min<unsigned>(octet / 36, kEvents)];
-      ++byEvent[octet / 6 % 6];
-      ++byEvent[octet % 6];
-    }
-    benchmark::DoNotOptimize(byEvent);
-  }
-  if (byEvent[kJoinIn] < kAllVlans) state.SkipWithError("the events were not read");
-  perVlan(state);
+void BM_UnpackOnly(benchmark::State& state) {
+  MrpBench::unpackLoop(state, vlansPdu(vlansOf(state)), vlansOf(state));
 }
-BENCHMARK(BM_UnpackThreePackedOnly)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_UnpackOnly)->Apply(vlanCounts);
 
 }  // namespace
