@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <ostream>
 #include <stdexcept>
 
 namespace MrpTest {
@@ -35,6 +36,12 @@ struct ThreePackedPosition {
   std::uint16_t valueNumber;
   std::array<std::uint8_t, 3> area;  // after writing Lv (5) into a zero area
 };
+
+// By its fields: the struct's padding octet is never written.
+void PrintTo(const ThreePackedPosition& position, std::ostream* out) {
+  *out << "value " << position.valueNumber << " -> {" << int{position.area[0]} << ", " << int{position.area[1]} << ", "
+       << int{position.area[2]} << "}";
+}
 
 class MrpThreePackedPositionTest : public ::testing::TestWithParam<ThreePackedPosition> {};
 

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -307,6 +308,8 @@ struct ValueCase {
   std::function<Octets(MrpLib&, bool tx)> octetsOf;
   Octets octets;
 };
+
+void PrintTo(const ValueCase& valueCase, std::ostream* out) { *out << valueCase.name; }
 
 template <class Record>
 ValueCase valueCase(std::string name, MrpApplication application, std::uint8_t attributeType,
