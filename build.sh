@@ -5,9 +5,10 @@
 #   ./build.sh test    build and run every test, plain (build/), optimised as a
 #                      release is (-O3, build-release/) and under
 #                      AddressSanitizer + UndefinedBehaviorSanitizer (build-san/),
-#                      then each fuzz target for a bounded time (build-fuzz/, clang)
-#   ./build.sh valgrind  build (-O1 -g, build-valgrind/) and run the engine and
-#                      platform tests under valgrind's memcheck
+#                      and the engine and platform suites under valgrind's memcheck
+#                      (build-valgrind/), then each fuzz target for a bounded time
+#                      (build-fuzz/, clang)
+#   ./build.sh valgrind  only the memcheck run of `test`
 #   ./build.sh soak    build mrp (-O3, build-release/), then the soak test,
 #                      tools/soak/run.sh: an hour of simulated time, a minute
 #                      or two of wall time; not part of `test` or CI
@@ -89,7 +90,7 @@ run_valgrind() {
   suites=$(grep -rhoE '^(TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\( *[A-Za-z0-9_]+' tests/src tests/platform |
     sed -E 's/.*\( *//' | sort -u)
   filter=$(for suite in $suites; do printf '%s.*:*/%s.*:' "$suite" "$suite"; done)
-  valgrind --tool=memcheck --error-exitcode=1 --leak-check=full \
+  valgrind --tool=memcheck --error-exitcode=1 --leak-check=full --suppressions=tests/valgrind.supp \
     build-valgrind/tests/mrp_tests --gtest_filter="$filter"
 }
 
@@ -107,6 +108,7 @@ case "${1:-}" in
     run_tests build-release
     build build-san -DMRP_SANITIZE=ON
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests build-san
+    run_valgrind
     run_fuzzers
     ;;
   valgrind)
