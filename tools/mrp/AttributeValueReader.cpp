@@ -42,7 +42,7 @@ std::uint16_t vlanOf(const JsonNode& node) {
 std::vector<std::uint16_t> vlanListOf(const JsonNode& node) {
   const std::string text = node.string();
   const auto badItem = [&](std::string_view item) {
-    node.fail("'" + std::string(item) + "' is not a VLAN id or range (e.g. 1-4094 or 10,20-29)");
+    node.fail(std::string("'").append(item).append("' is not a VLAN id or range (e.g. 1-4094 or 10,20-29)"));
   };
   // One id of an item; the text is digits only.
   const auto idOf = [&](std::string_view item, std::string_view digits) -> std::uint16_t {
@@ -65,9 +65,9 @@ std::vector<std::uint16_t> vlanListOf(const JsonNode& node) {
     const std::size_t dash = item.find('-');
     const std::uint16_t first = idOf(item, item.substr(0, dash));
     const std::uint16_t last = dash == std::string_view::npos ? first : idOf(item, item.substr(dash + 1));
-    if (last < first) node.fail("'" + std::string(item) + "' runs backwards");
+    if (last < first) node.fail(std::string("'").append(item).append("' runs backwards"));
     for (std::uint16_t vlan = first; vlan <= last; ++vlan) {
-      if (listed[vlan]) node.fail("VLAN " + std::to_string(vlan) + " is listed twice");
+      if (listed[vlan]) node.fail(std::string("VLAN ").append(std::to_string(vlan)).append(" is listed twice"));
       listed[vlan] = true;
       vlans.push_back(vlan);
     }
