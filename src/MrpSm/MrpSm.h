@@ -328,16 +328,18 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   const AddPendingAttrMap& addPendingAttrs() const { return addPendingAttr_; }
   Quarn::Ptr<MrpAttrDatabase> addPendingAttr(const MrpAttribute& attribute) const;
-  void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
-    ++databaseGeneration_;
-    addPendingAttr_[attribute] = std::move(entry);
-  }
+  // The first pending addition not before `attribute`, tried beside the
+  // last one found before the whole map is searched.
+  AddPendingAttrMap::const_iterator addPendingLowerBound(const MrpAttribute& attribute) const;
+  void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry);
   void addPendingAttrDel(const MrpAttribute& attribute) {
     ++databaseGeneration_;
+    ++addPendingErasures_;
     addPendingAttr_.erase(attribute);
   }
   void addPendingAttrDelAll() {
     ++databaseGeneration_;
+    ++addPendingErasures_;
     addPendingAttr_.clear();
   }
 
@@ -517,6 +519,15 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   // ==== Attribute database fields ====
   AddPendingAttrMap addPendingAttr_;
+  // Where the last look-up or insertion of a pending addition ended, valid
+  // while nothing has been erased since: a frame's values come in key order,
+  // so the next one is found beside it, not by a walk down the tree.
+  struct PendingFinger {
+    AddPendingAttrMap::const_iterator at;
+    std::uint64_t erasures = ~std::uint64_t{0};
+  };
+  mutable PendingFinger addPendingFinger_;
+  std::uint64_t addPendingErasures_ = 0;
   DeletePendingAttrMap deletePendingAttr_;
   // Counts the changes to the pending maps and the store. The machines look
   // the current attribute up several times while they handle one event: the

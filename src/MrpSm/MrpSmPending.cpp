@@ -1,10 +1,44 @@
 #include "MrpSm/MrpSm.h"
-#include "quarn/Collection.h"
+
+#include <iterator>
 
 namespace Mrp {
 
 Quarn::Ptr<MrpAttrDatabase> MrpSm::addPendingAttr(const MrpAttribute& attribute) const {
-  return Quarn::entryOf(addPendingAttr_, attribute);
+  const auto at = addPendingLowerBound(attribute);
+  return at != addPendingAttr_.end() && at->first == attribute ? at->second : nullptr;
+}
+
+MrpSm::AddPendingAttrMap::const_iterator MrpSm::addPendingLowerBound(const MrpAttribute& attribute) const {
+  const AddPendingAttrMap& map = addPendingAttr_;
+  // `at` is the lower bound when everything before it is less and it is not.
+  const auto isLowerBound = [&](AddPendingAttrMap::const_iterator at) {
+    return (at == map.end() || !(at->first < attribute)) && (at == map.begin() || std::prev(at)->first < attribute);
+  };
+  const auto remembered = [&](AddPendingAttrMap::const_iterator at) {
+    addPendingFinger_ = {at, addPendingErasures_};
+    return at;
+  };
+  // Past the last entry, the usual place of a new one, needs no step along the tree.
+  if (map.empty() || std::prev(map.end())->first < attribute) return remembered(map.end());
+  if (addPendingFinger_.erasures == addPendingErasures_) {
+    const AddPendingAttrMap::const_iterator finger = addPendingFinger_.at;
+    if (isLowerBound(finger)) return remembered(finger);
+    if (finger != map.end() && isLowerBound(std::next(finger))) return remembered(std::next(finger));
+  }
+  return remembered(map.lower_bound(attribute));
+}
+
+void MrpSm::addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
+  ++databaseGeneration_;
+  const AddPendingAttrMap::const_iterator bound = addPendingLowerBound(attribute);
+  auto at = addPendingAttr_.erase(bound, bound);  // the same position, writable
+  if (at != addPendingAttr_.end() && at->first == attribute) {
+    at->second = std::move(entry);
+  } else {
+    at = addPendingAttr_.emplace_hint(at, attribute, std::move(entry));
+  }
+  addPendingFinger_ = {at, addPendingErasures_};
 }
 
 bool MrpSm::deletePendingAttr(const MrpAttribute& attribute) const {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <map>
 #include <vector>
 
 #include "MrpSm/MrpSm.h"
@@ -75,6 +77,29 @@ TEST_F(MrpSmPendingTest, AddingAPendingAttributeAgainReplacesItsEntry) {
   EXPECT_NE(first, second);
   EXPECT_EQ(engine->addPendingAttr(kVlan100), second);
   EXPECT_EQ(engine->addPendingAttrs().size(), 1u);
+}
+
+// Look-ups of pending additions start beside the last one found; whatever
+// the order of look-ups, insertions and removals, each finds its own entry.
+TEST_F(MrpSmPendingTest, PendingAdditionsAreFoundInAnyOrderOfLookUpsInsertionsAndRemovals) {
+  std::map<MrpAttribute, Ptr<MrpAttrDatabase>> expected;
+  const auto attribute = [](int port, std::uint64_t key) { return MrpAttribute{port ? kEth2 : kEth1, 1, key}; };
+  for (std::uint64_t key : {10, 11, 12, 20, 5, 13, 1}) {
+    for (int port : {1, 0}) expected[attribute(port, key)] = engine->addAttrToAddPending(attribute(port, key));
+  }
+  engine->removeAttrFromAddPending(attribute(0, 12));
+  expected.erase(attribute(0, 12));
+  engine->removeAttrFromAddPending(attribute(1, 1));
+  expected.erase(attribute(1, 1));
+  expected[attribute(0, 14)] = engine->addAttrToAddPending(attribute(0, 14));
+  for (std::uint64_t key : {21, 20, 14, 13, 12, 11, 10, 9, 5, 1, 0, 2, 12, 30}) {
+    for (int port : {0, 1, 0}) {
+      const auto it = expected.find(attribute(port, key));
+      EXPECT_EQ(engine->addPendingAttr(attribute(port, key)), it == expected.end() ? nullptr : it->second)
+          << "port " << port << " key " << key;
+    }
+  }
+  EXPECT_EQ(engine->addPendingAttrs().size(), expected.size());
 }
 
 TEST_F(MrpSmPendingTest, AddThenDeleteBeforeTheReviewLeavesNoTrace) {
