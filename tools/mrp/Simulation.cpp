@@ -59,29 +59,29 @@ Simulation::Simulation(const Scenario& scenario, Timeline& timeline)
 // The bridges go first, while the clock they run on is still the process's.
 Simulation::~Simulation() { bridges_.clear(); }
 
-void Simulation::doBuildBridge(const Scenario::Bridge& spec, std::size_t index) {
+void Simulation::doBuildBridge(const Scenario::Bridge& described, std::size_t index) {
   Quarn::Ptr<ApplicationPamFactory> factory = new ApplicationPamFactory;
-  for (std::size_t i = 0; i < spec.ports.size(); ++i) {
+  for (std::size_t i = 0; i < described.ports.size(); ++i) {
     auto end = std::make_unique<Port>();
-    end->bridge = spec.name;
-    end->name = spec.ports[i];
+    end->bridge = described.name;
+    end->name = described.ports[i];
     end->tap = std::make_unique<PortTap>(this, end.get());
     // A locally administered address per port: 02:00:00:<bridge>:<port>.
     const Velo::EthAddr address(0x02, 0, 0, static_cast<std::uint8_t>(index >> 8), static_cast<std::uint8_t>(index),
                                 static_cast<std::uint8_t>(i + 1));
     for (Mrp::MrpApplication application : scenario_.applications) {
-      Quarn::Ptr<Velo::MemPam> pam = new Velo::MemPam(Velo::IntfId(spec.ports[i]), address, clock_);
+      Quarn::Ptr<Velo::MemPam> pam = new Velo::MemPam(Velo::IntfId(described.ports[i]), address, clock_);
       pam->tapIs(end->tap.get());
       factory->pamIs(application, pam);
       end->pams[application] = pam;
     }
-    ports_[spec.name + ":" + spec.ports[i]] = std::move(end);
+    ports_[described.name + ":" + described.ports[i]] = std::move(end);
   }
   MrpAgent::BridgeConfig config;
   config.leaveTime = scenario_.config.leaveTime;
   config.leaveAllTime = scenario_.config.leaveAllTime;
-  auto bridge = std::make_unique<MrpAgent::Bridge>(spec.name, scenario_.applications, config, factory);
-  for (const std::string& name : spec.ports) bridge->portIs(name);
+  auto bridge = std::make_unique<MrpAgent::Bridge>(described.name, scenario_.applications, config, factory);
+  for (const std::string& name : described.ports) bridge->portIs(name);
   bridge->observerIs(this);
   bridges_.push_back(std::move(bridge));
 }

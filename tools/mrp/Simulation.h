@@ -88,7 +88,7 @@ class Simulation : public MrpAgent::Bridge::Observer {
     std::optional<std::string> randomizationBefore_;
   };
 
-  void doBuildBridge(const Scenario::Bridge& spec, std::size_t index);
+  void doBuildBridge(const Scenario::Bridge& described, std::size_t index);
   void doApply(const Scenario::Event& event);
   void doApply(const Scenario::Declare& declare);
   void doApply(const Scenario::LinkState& linkState);
