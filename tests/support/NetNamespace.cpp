@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <string>
 #include <vector>
 
 namespace MrpTest {
@@ -49,8 +51,19 @@ NetNamespace::NetNamespace() {
     error_ = std::string("cannot enter ") + name_ + ": " + std::strerror(errno);
   } else {
     entered_ = true;
+    quietIpv6();
   }
   if (nsFd >= 0) close(nsFd);
+}
+
+// A new link sends IPv6 traffic of the kernel's own for a while (router
+// solicitations, multicast listener reports), which sockets that take every
+// frame would receive beside the tests' frames; the links here carry only
+// what the tests send. Where IPv6 is absent there is nothing to quiet.
+void NetNamespace::quietIpv6() {
+  for (const char* conf : {"all", "default"}) {
+    std::ofstream(std::string("/proc/sys/net/ipv6/conf/") + conf + "/disable_ipv6") << 1;
+  }
 }
 
 NetNamespace::~NetNamespace() {

@@ -31,6 +31,7 @@ class NetNamespace {
 
  private:
   bool run(const std::string& command);
+  void quietIpv6();
 
   std::string name_;
   std::string error_;
