@@ -4,15 +4,11 @@
 #include "MrpModel/MrpWireFormat.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
+#include "Overloaded.h"
 
 namespace MrpAgent {
 
 namespace {
-
-template <class... F>
-struct Overloaded : F... {
-  using F::operator()...;
-};
 
 template <class Record>
 AttributeValue recordOf(std::span<const std::uint8_t> octets) {

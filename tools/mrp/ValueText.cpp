@@ -5,15 +5,11 @@
 
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
+#include "Overloaded.h"
 
 namespace MrpCli {
 
 namespace {
-
-template <class... F>
-struct Overloaded : F... {
-  using F::operator()...;
-};
 
 std::string talkerText(const Mrp::MsrpTalkerAdvertiseAttribute& talker) {
   return streamIdText(talker.streamId()) + " (" + talker.frame().dmac().toString() + ", VLAN " +
@@ -34,7 +30,7 @@ std::string streamIdText(std::uint64_t streamId) {
 
 std::string valueText(const MrpAgent::AttributeValue& value) {
   return std::visit(
-      Overloaded{
+      MrpAgent::Overloaded{
           [](const Mrp::MvrpVlanAttribute& v) { return "VLAN " + std::to_string(v.vlanId()); },
           [](const Mrp::MsrpTalkerAdvertiseAttribute& v) { return "talker " + talkerText(v); },
           [](const Mrp::MsrpTalkerFailedAttribute& v) {
