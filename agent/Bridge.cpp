@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "MrpModel/MrpThreePackedEvent.h"
-#include "MrpModel/MrpWireFormat.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "quarn/System.h"
 #include "stp/Status.h"
@@ -41,10 +40,7 @@ Mrp::MsrpListenerEvent merged(Mrp::MsrpListenerEvent a, Mrp::MsrpListenerEvent b
 class Bridge::Engine {
  public:
   Engine(Bridge& bridge, Mrp::MrpApplication application) : lib_(new BridgeMrpLib(&bridge)) {
-    const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
-    lib_->applicationIs(application);
-    lib_->applicationMacAddrIs(framing.macAddr);
-    lib_->applicationEtypeIs(framing.etype);
+    lib_->applicationWithDefaultFramingIs(application);
     sm_ = Mrp::mrpSmFactory(bridge.brConfig_, lib_, bridge.mrpConfig_, bridge.mrpStatus_, bridge.stpStatus_,
                             bridge.brTopoConfig_, bridge.ethPhyIntfStatusDir_, bridge.entityManager_, false);
   }

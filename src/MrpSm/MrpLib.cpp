@@ -3,11 +3,19 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "MrpModel/MrpWireFormat.h"
 #include "quarn/Collection.h"
 
 namespace Mrp {
 
 bool MrpLib::mrpJoinIndication(const MrpParameters&) { return false; }
+void MrpLib::applicationWithDefaultFramingIs(MrpApplication application) {
+  const MrpApplicationFraming framing = mrpDefaultApplicationFraming(application);
+  applicationIs(application);
+  applicationMacAddrIs(framing.macAddr);
+  applicationEtypeIs(framing.etype);
+}
+
 void MrpLib::mrpLeaveIndication(const MrpParameters&) {}
 void MrpLib::mrpLeaveAllIndication(const MrpParameters&) {}
 

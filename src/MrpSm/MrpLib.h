@@ -51,6 +51,9 @@ class MrpLib : public Quarn::PtrInterface {
   void applicationMacAddrIs(const Velo::EthAddr& addr) { applicationMacAddr_ = addr; }
   std::uint16_t applicationEtype() const { return applicationEtype_; }
   void applicationEtypeIs(std::uint16_t etype) { applicationEtype_ = etype; }
+  // The application with the group address and EtherType assigned to it,
+  // which is what almost every agent runs.
+  void applicationWithDefaultFramingIs(MrpApplication application);
 
   // The value last parsed from a received vector, by attribute type.
   MsrpTalkerAdvertiseAttribute& msrpTalkerAdvertiseRx() { return msrpTalkerAdvertiseRx_; }

@@ -6,7 +6,6 @@
 #include <iomanip>
 #include <sstream>
 
-#include "MrpModel/MrpWireFormat.h"
 #include "support/MrpSmPamPeer.h"
 #include "support/StandaloneEngine.h"
 #include "support/Tshark.h"
@@ -35,10 +34,7 @@ ScenarioEngine::ScenarioEngine(std::string name, Mrp::MrpApplication application
       brTopoConfig_(new Bridging::Topology::Config),
       ethPhyIntfStatusDir_(new Interface::AllEthPhyIntfStatusDir),
       entityManager_(new Hive::EntityManager("mrp")) {
-  const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
-  lib_->applicationIs(application);
-  lib_->applicationMacAddrIs(framing.macAddr);
-  lib_->applicationEtypeIs(framing.etype);
+  lib_->applicationWithDefaultFramingIs(application);
   sm_ = Mrp::mrpSmFactory(brConfig_, lib_, config_, status_, stpStatus_, brTopoConfig_, ethPhyIntfStatusDir_,
                           entityManager_, standbyMode);
 }

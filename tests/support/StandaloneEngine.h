@@ -1,6 +1,5 @@
 #pragma once
 
-#include "MrpModel/MrpWireFormat.h"
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 
@@ -12,10 +11,7 @@ namespace MrpTest {
 // hand it, an agent's own or the library's.
 inline Quarn::Ptr<Mrp::MrpSm> standaloneEngineNew(Mrp::MrpApplication application,
                                                   Quarn::Ptr<Mrp::MrpLib> mrpLib = Mrp::mrpLibFactory()) {
-  mrpLib->applicationIs(application);
-  const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
-  mrpLib->applicationMacAddrIs(framing.macAddr);
-  mrpLib->applicationEtypeIs(framing.etype);
+  mrpLib->applicationWithDefaultFramingIs(application);
   return Mrp::mrpSmFactory(new Bridging::Config, mrpLib, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
                            new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
                            new Hive::EntityManager("mrp"), false);

@@ -66,10 +66,7 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
     const Quarn::Ptr<Quarn::Clock> processClock = Quarn::System::clockPtr();
     Quarn::System::clockIs(clock_);
     Quarn::Ptr<Mrp::MrpLib> lib = Mrp::mrpLibFactory();
-    const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
-    lib->applicationIs(application);
-    lib->applicationMacAddrIs(framing.macAddr);
-    lib->applicationEtypeIs(framing.etype);
+    lib->applicationWithDefaultFramingIs(application);
     engine = Mrp::mrpSmFactory(new Bridging::Config, lib, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
                                new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
                                new Hive::EntityManager("mrp-decode"), false);

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "MrpModel/MrpThreePackedEvent.h"
-#include "MrpModel/MrpWireFormat.h"
 #include "MrpMvrp/MvrpAttrType.h"
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
@@ -34,10 +33,7 @@ class Agent : public Mrp::MrpLib {
 
 struct Switch {
   Switch() : agent(new Agent) {
-    const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(Mrp::MrpApplication::mvrp);
-    agent->applicationIs(Mrp::MrpApplication::mvrp);
-    agent->applicationMacAddrIs(framing.macAddr);
-    agent->applicationEtypeIs(framing.etype);
+    agent->applicationWithDefaultFramingIs(Mrp::MrpApplication::mvrp);
     engine = Mrp::mrpSmFactory(new Bridging::Config, agent, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
                                new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
                                new Hive::EntityManager("mrp"), /*standbyMode=*/false);
