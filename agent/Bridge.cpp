@@ -55,6 +55,20 @@ class Bridge::Engine {
     lib_->mrpSendAttribute({Velo::IntfId(port), value.attributeType(), event});
   }
 
+  // An agent's request for a LeaveAll of every attribute type on `port`.
+  // What the engine has already put in the port's packet goes out first: it
+  // would write the LeaveAll's MVRP message over the vectors behind the
+  // message's first. The LeaveAll then goes at once, as the engine's own does.
+  void requestLeaveAll(const std::string& port) const {
+    const Velo::IntfId intfId(port);
+    sm_->mrpTransmitTxPacket(intfId, false);
+    for (std::uint8_t type = 1; type <= sm_->maxAttrTypes(); ++type) {
+      lib_->mrpOutIntfQueueEnq(intfId);
+      lib_->mrpSendAttribute({intfId, type, Mrp::MrpParameters::kLeaveAllEvent});
+    }
+    sm_->mrpTransmitTxPacket(intfId, false);
+  }
+
  private:
   Quarn::Ptr<BridgeMrpLib> lib_;
   Quarn::Ptr<Mrp::MrpSm> sm_;
@@ -128,7 +142,7 @@ void Bridge::portIs(const std::string& port) {
 
 void Bridge::portDel(const std::string& port) {
   if (!this->port(port)) return;
-  doForgetRegistrations(port);
+  doForgetRegistrations(port, ForgetCause::portClosed);
   for (auto& [id, state] : attrs_) {
     state.declaredOn.erase(port);
     state.portDeclared.erase(port);
@@ -144,8 +158,17 @@ void Bridge::portRoleIs(const std::string& port, Role role) {
   const bool wasForwarding = forwarding(port);
   msti_->mstiPortStatus(port)->roleIs(role);
   if (wasForwarding == forwarding(port)) return;
-  if (!forwarding(port)) doForgetRegistrations(port);
+  if (forwarding(port)) {
+    leaveAllIs(port);
+  } else {
+    doForgetRegistrations(port, ForgetCause::blocked);
+  }
   for (const auto& [id, state] : attrs_) dirtyIs(id);
+}
+
+void Bridge::leaveAllIs(const std::string& port) {
+  if (!this->port(port)) throw std::invalid_argument("bridge " + name_ + " has no port " + port);
+  for (const auto& [application, engine] : engines_) engine->requestLeaveAll(port);
 }
 
 Role Bridge::portRole(const std::string& port) const {
@@ -155,9 +178,14 @@ Role Bridge::portRole(const std::string& port) const {
 
 bool Bridge::forwarding(const std::string& port) const { return forwardingRole(portRole(port)); }
 
-void Bridge::doForgetRegistrations(const std::string& port) {
+void Bridge::doForgetRegistrations(const std::string& port, ForgetCause cause) {
   for (auto& [id, state] : attrs_) {
-    if (state.registeredOn.erase(port)) dirtyIs(id);
+    auto registered = state.registeredOn.find(port);
+    if (registered == state.registeredOn.end()) continue;
+    const AttributeValue value = registered->second;
+    state.registeredOn.erase(registered);
+    dirtyIs(id);
+    if (observer_) observer_->onForget(*this, port, value, cause);
   }
 }
 
@@ -298,6 +326,14 @@ std::optional<std::string> Bridge::talkerPortOf(std::uint64_t streamId) const {
     }
   }
   return std::nullopt;
+}
+
+std::vector<std::pair<std::string, AttributeValue>> Bridge::declarations() const {
+  std::vector<std::pair<std::string, AttributeValue>> out;
+  for (const auto& [id, state] : attrs_) {
+    for (const auto& [port, value] : state.declaredOn) out.emplace_back(port, value);
+  }
+  return out;
 }
 
 std::vector<Registration> Bridge::registrations() const {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,10 @@ struct Registration {
 //    ready, askingFailed, or readyFailed when they differ).
 //  - declare() with a port is an end station's declaration on that port;
 //    without one it is the bridge's own, made on every port.
+//  - A port that starts forwarding sends a LeaveAll, so that the neighbour
+//    declares everything again at once: what the engines' Re-declare! put
+//    in LV would otherwise leave, and come back only at the neighbour's
+//    next LeaveAll.
 //
 // Declarations and withdrawals go to the engines as an agent's requests
 // (the port queued, then mrpSendAttribute). What the indications change is
@@ -53,12 +58,20 @@ struct Registration {
 // process's Linux packet sockets.
 class Bridge : public BridgeMrpLib::Owner {
  public:
-  // Hears what the bridge's engines indicate.
+  // Why a registration went without a leave indication.
+  enum class ForgetCause {
+    portClosed,  // the port was closed (its interface went down or away)
+    blocked,     // the port stopped forwarding (the engines flushed it)
+  };
+
+  // Hears what the bridge's engines indicate, and what they forget.
   class Observer {
    public:
     virtual ~Observer() = default;
     virtual void onJoin(const Bridge& bridge, const std::string& port, const AttributeValue& value) = 0;
     virtual void onLeave(const Bridge& bridge, const std::string& port, const AttributeValue& value) = 0;
+    virtual void onForget(const Bridge& bridge, const std::string& port, const AttributeValue& value,
+                          ForgetCause cause) = 0;
   };
 
   // `pamFactory` opens the ports; null for the process's factory.
@@ -75,6 +88,8 @@ class Bridge : public BridgeMrpLib::Owner {
   std::vector<Mrp::MrpApplication> applications() const;
 
   // Opens a port on every engine; it starts forwarding (designated role).
+  // No LeaveAll goes with it: a caller that wants the neighbour's
+  // declarations at once asks for one with leaveAllIs.
   void portIs(const std::string& port);
   // Closes a port: its registrations and declarations go.
   void portDel(const std::string& port);
@@ -85,6 +100,12 @@ class Bridge : public BridgeMrpLib::Owner {
   void portRoleIs(const std::string& port, Stp::MstiPortStatus::Role role);
   Stp::MstiPortStatus::Role portRole(const std::string& port) const;
   bool forwarding(const std::string& port) const;
+  // Sends a LeaveAll of every attribute type on the port at once, so that
+  // the neighbour declares again everything it declares there. A port that
+  // starts forwarding gets one; the agent asks for one when an interface
+  // comes up. A direct request to the engines: not for an Observer to make
+  // from inside an indication.
+  void leaveAllIs(const std::string& port);
 
   // Declares (Join, or New when `declareNew`) or withdraws a value on one
   // port, or bridge-wide without a port.
@@ -101,6 +122,8 @@ class Bridge : public BridgeMrpLib::Owner {
 
   // What the engines hold, per port, application, type and key.
   std::vector<Registration> registrations() const;
+  // What the bridge has asked its engines to declare, per port.
+  std::vector<std::pair<std::string, AttributeValue>> declarations() const;
 
   Observer* observer() const { return observer_; }
   void observerIs(Observer* observer) { observer_ = observer; }
@@ -150,7 +173,7 @@ class Bridge : public BridgeMrpLib::Owner {
   std::optional<AttributeValue> mergedListener(const AttrState& state, const std::string& talkerPort) const;
   std::optional<std::string> talkerPortOf(std::uint64_t streamId) const;
   // Forgets what the port registered, as the engine's Flush! does.
-  void doForgetRegistrations(const std::string& port);
+  void doForgetRegistrations(const std::string& port, ForgetCause cause);
 
   std::string name_;
   BridgeConfig config_;

@@ -4,12 +4,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <memory>
+#include <ostream>
+#include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
+#include "Decoder.h"
 #include "quarn/Log.h"
 #include "quarn/System.h"
 #include "support/PamEngineFixture.h"
@@ -21,8 +26,18 @@ namespace {
 using Mrp::MrpApplication;
 using MrpAgent::AttributeValue;
 using MrpAgent::Bridge;
+using Role = Stp::MstiPortStatus::Role;
 
-// Records a bridge's indications as "port +value" / "port -value" lines.
+const char* causeName(Bridge::ForgetCause cause) {
+  switch (cause) {
+    case Bridge::ForgetCause::portClosed: return "portClosed";
+    case Bridge::ForgetCause::blocked: return "blocked";
+  }
+  return "?";
+}
+
+// Records a bridge's indications as "port +value" / "port -value" lines, and
+// what it forgets as "port ~value cause".
 class Recorder : public Bridge::Observer {
  public:
   void onJoin(const Bridge& bridge, const std::string& port, const AttributeValue& value) override {
@@ -30,6 +45,10 @@ class Recorder : public Bridge::Observer {
   }
   void onLeave(const Bridge& bridge, const std::string& port, const AttributeValue& value) override {
     lines.push_back(bridge.name() + ":" + port + " -" + std::to_string(value.attributeKey()));
+  }
+  void onForget(const Bridge& bridge, const std::string& port, const AttributeValue& value,
+                Bridge::ForgetCause cause) override {
+    lines.push_back(bridge.name() + ":" + port + " ~" + std::to_string(value.attributeKey()) + " " + causeName(cause));
   }
   std::vector<std::string> lines;
 };
@@ -103,6 +122,14 @@ class BridgeLineTest : public BridgeTest {
 
 const AttributeValue kVlan10(Mrp::MvrpVlanAttribute(10));
 
+// The lines that start with `prefix`.
+std::vector<std::string> linesOf(const std::vector<std::string>& lines, const std::string& prefix) {
+  std::vector<std::string> out;
+  std::copy_if(lines.begin(), lines.end(), std::back_inserter(out),
+               [&](const std::string& line) { return line.starts_with(prefix); });
+  return out;
+}
+
 TEST_F(BridgeLineTest, AVlanDeclaredAtAnEndStationIsRegisteredAtEveryPortTowardsIt) {
   h1.declare(kVlan10, "e0");
   clock->advance(1);
@@ -161,7 +188,7 @@ TEST_F(BridgeLineTest, RegistrationsOnAPortThatStopsForwardingAreNotPassedOn) {
   EXPECT_FALSE(sw1.forwarding("p1"));
   recorder.lines.clear();
   sw1.portRoleIs("p1", Stp::MstiPortStatus::Role::root);
-  clock->advance(16);  // h1 declares again at its next LeaveAll at the latest
+  clock->advance(1);  // p1 sends a LeaveAll: h1 declares again at once
   EXPECT_TRUE(heard("sw1:p1 +10"));
   EXPECT_TRUE(heard("h2:e0 +10"));
 }
@@ -177,6 +204,37 @@ TEST_F(BridgeLineTest, AClosedPortTakesItsRegistrationsAlong) {
   EXPECT_TRUE(held(sw1, "p2").empty());
 }
 
+// What closes a port to its registrations, and the cause the bridge gives.
+struct Forgetting {
+  const char* name;
+  void (*act)(Bridge& bridge, const std::string& port);
+  const char* cause;
+};
+
+const Forgetting kForgettings[] = {
+    {"Blocked", [](Bridge& bridge, const std::string& port) { bridge.portRoleIs(port, Role::alternate); }, "blocked"},
+    {"Closed", [](Bridge& bridge, const std::string& port) { bridge.portDel(port); }, "portClosed"},
+};
+
+void PrintTo(const Forgetting& forgetting, std::ostream* out) { *out << forgetting.name; }
+
+class BridgeForgetTest : public BridgeLineTest, public ::testing::WithParamInterface<Forgetting> {};
+
+TEST_P(BridgeForgetTest, EveryRegistrationOfThePortIsForgottenWithTheCauseAndNeverLeaves) {
+  h1.declare(kVlan10, "e0");
+  h1.declare(AttributeValue(Mrp::MvrpVlanAttribute(20)), "e0");
+  clock->advance(1);
+  recorder.lines.clear();
+  GetParam().act(sw1, "p1");
+  clock->advance(5);
+  const std::string cause = GetParam().cause;
+  EXPECT_THAT(linesOf(recorder.lines, "sw1:p1 "),
+              ::testing::UnorderedElementsAre("sw1:p1 ~10 " + cause, "sw1:p1 ~20 " + cause));
+}
+
+INSTANTIATE_TEST_SUITE_P(Causes, BridgeForgetTest, ::testing::ValuesIn(kForgettings),
+                         [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(BridgeLineTest, ABridgeThatWithdrawsAllLeavesItsNeighboursNothingToTimeOut) {
   const AttributeValue vlan20(Mrp::MvrpVlanAttribute(20));
   h1.declare(kVlan10, "e0");
@@ -190,6 +248,125 @@ TEST_F(BridgeLineTest, ABridgeThatWithdrawsAllLeavesItsNeighboursNothingToTimeOu
                                                               "sw2:p1 -20", "h2:e0 -20", "h3:e0 -20"));
   EXPECT_TRUE(sw1.withdrawnAll());
   EXPECT_EQ(held(sw1, "p1"), std::vector<std::string>{"10 IN/VO"}) << "what it hears it still registers";
+}
+
+// A bridge of one application whose ports p1, p2 and p3 are plugged into
+// ends that take what they send; keeps the LeaveAlls the ports send, as
+// "port type" lines, and the attributes they carry, as "port key" lines.
+class BridgeLeaveAllTest : public BridgeTest, public Velo::MemPam::Tap {
+ protected:
+  ~BridgeLeaveAllTest() override { bridges.clear(); }
+
+  Bridge& bridgeWithEndsNew(MrpApplication application) {
+    Bridge& bridge = bridgeNew("sw", {"p1", "p2", "p3"}, {application});
+    for (const std::string& port : bridge.ports()) {
+      Quarn::Ptr<Velo::MemPam> end = new Velo::MemPam(Velo::IntfId("end"), Velo::EthAddr(), clock);
+      end->rxLimitIs(0);  // drops what arrives
+      pams["sw:" + port]->peerIs(end.ptr());
+      pams["sw:" + port]->tapIs(this);
+      ends.push_back(end);
+    }
+    return bridge;
+  }
+  void onFrame(const Velo::MemPam& sender, const Velo::Pkt& frame) override {
+    const std::vector<std::uint8_t> bytes(frame.span().begin(), frame.span().end());
+    const auto decoded = decoder.decodeFrame(++frames, bytes);
+    for (const auto& type : decoded.at("leaveAll")) {
+      leaveAlls.push_back(sender.intfId().name() + " " + std::to_string(type.get<unsigned>()));
+    }
+    for (const auto& attribute : decoded.at("attributes")) {
+      carried.push_back(sender.intfId().name() + " " + attribute.at("key").get<std::string>());
+    }
+  }
+  // A LeaveAll of every attribute type of the application, on `port`.
+  static std::vector<std::string> leaveAllOfEveryType(const std::string& port, MrpApplication application) {
+    const unsigned types = application == MrpApplication::msrp ? 4 : 1;
+    std::vector<std::string> out;
+    for (unsigned type = 1; type <= types; ++type) out.push_back(port + " " + std::to_string(type));
+    return out;
+  }
+
+  MrpCli::Decoder decoder;
+  unsigned frames = 0;
+  std::vector<Quarn::Ptr<Velo::MemPam>> ends;
+  std::vector<std::string> leaveAlls;
+  std::vector<std::string> carried;
+};
+
+// A role change of a port, and whether the port starts forwarding with it.
+struct RoleChange {
+  const char* name;
+  Role from;
+  Role to;
+  bool startsForwarding;
+};
+
+const RoleChange kRoleChanges[] = {
+    {"AlternateToRoot", Role::alternate, Role::root, true},
+    {"AlternateToDesignated", Role::alternate, Role::designated, true},
+    {"BackupToDesignated", Role::backup, Role::designated, true},
+    {"DisabledToRoot", Role::disabled, Role::root, true},
+    {"DesignatedToRoot", Role::designated, Role::root, false},
+    {"AlternateToBackup", Role::alternate, Role::backup, false},
+    {"RootToAlternate", Role::root, Role::alternate, false},
+};
+
+void PrintTo(const RoleChange& change, std::ostream* out) { *out << change.name; }
+
+class BridgeRoleLeaveAllTest : public BridgeLeaveAllTest,
+                               public ::testing::WithParamInterface<std::tuple<RoleChange, MrpApplication>> {};
+
+TEST_P(BridgeRoleLeaveAllTest, APortThatStartsForwardingSendsALeaveAllOfEveryTypeAtOnceOnThatPortOnly) {
+  const auto& [change, application] = GetParam();
+  Bridge& sw = bridgeWithEndsNew(application);
+  sw.portRoleIs("p2", change.from);
+  clock->advance(1);
+  leaveAlls.clear();
+  sw.portRoleIs("p2", change.to);
+  const std::vector<std::string> expected =
+      change.startsForwarding ? leaveAllOfEveryType("p2", application) : std::vector<std::string>{};
+  EXPECT_EQ(leaveAlls, expected) << "at once";
+  clock->advance(1);
+  EXPECT_EQ(leaveAlls, expected) << "and nothing more, on any port";
+}
+
+std::string roleChangeTestName(const ::testing::TestParamInfo<BridgeRoleLeaveAllTest::ParamType>& info) {
+  const auto& [change, application] = info.param;
+  return std::string(change.name) + (application == MrpApplication::msrp ? "Msrp" : "Mvrp");
+}
+
+INSTANTIATE_TEST_SUITE_P(RoleChanges, BridgeRoleLeaveAllTest,
+                         ::testing::Combine(::testing::ValuesIn(kRoleChanges),
+                                            ::testing::Values(MrpApplication::mvrp, MrpApplication::msrp)),
+                         roleChangeTestName);
+
+// The engine's Re-declare! puts the port's registrations in its packet; the
+// LeaveAll must not go in with them.
+TEST_F(BridgeLeaveAllTest, TheLeaveAllLeavesWhatTheEngineHasPutInThePortsPacketIntact) {
+  Bridge& sw = bridgeWithEndsNew(MrpApplication::mvrp);
+  Bridge& h = bridgeNew("h", {"e0"});
+  link("sw:p2", "h:e0");
+  sw.portRoleIs("p2", Role::alternate);
+  std::vector<std::string> declared;
+  for (std::uint16_t vlan : {10, 100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110}) {
+    h.declare(AttributeValue(Mrp::MvrpVlanAttribute(vlan)), "e0");
+    declared.push_back("p2 " + std::to_string(vlan));
+  }
+  clock->advance(1);
+  carried.clear();
+  sw.portRoleIs("p2", Role::root);
+  clock->advance(1);
+  EXPECT_THAT(linesOf(carried, "p2 "), ::testing::Each(::testing::AnyOfArray(declared)));
+  EXPECT_THAT(linesOf(recorder.lines, "sw:p2 -"), ::testing::IsEmpty());
+}
+
+TEST_F(BridgeLeaveAllTest, AnAgentsLeaveAllGoesOutAtOnceOnThatPortOnly) {
+  Bridge& sw = bridgeWithEndsNew(MrpApplication::msrp);
+  clock->advance(1);
+  leaveAlls.clear();
+  sw.leaveAllIs("p3");
+  EXPECT_EQ(leaveAlls, leaveAllOfEveryType("p3", MrpApplication::msrp));
+  EXPECT_THROW(sw.leaveAllIs("p9"), std::invalid_argument);
 }
 
 class MsrpBridgeLineTest : public BridgeLineTest {

@@ -173,6 +173,11 @@ void Simulation::onLeave(const MrpAgent::Bridge& bridge, const std::string& port
   timeline_.indicated(placeOf(bridge.name(), port), value, false);
 }
 
+void Simulation::onForget(const MrpAgent::Bridge& bridge, const std::string& port,
+                          const MrpAgent::AttributeValue& value, MrpAgent::Bridge::ForgetCause cause) {
+  timeline_.forgot(placeOf(bridge.name(), port), value, cause);
+}
+
 Simulation::Port& Simulation::port(const std::string& bridge, const std::string& port) {
   return *ports_.at(bridge + ":" + port);
 }
@@ -185,7 +190,7 @@ MrpAgent::Bridge& Simulation::bridge(const std::string& name) {
 }
 
 TimelinePlace Simulation::placeOf(const std::string& bridge, const std::string& port) const {
-  return {clock_->now(), bridge, port};
+  return {clock_->now(), bridge, port, std::nullopt};
 }
 
 }  // namespace MrpCli

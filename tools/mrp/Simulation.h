@@ -51,6 +51,8 @@ class Simulation : public MrpAgent::Bridge::Observer {
   // MrpAgent::Bridge::Observer
   void onJoin(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value) override;
   void onLeave(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value) override;
+  void onForget(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value,
+                MrpAgent::Bridge::ForgetCause cause) override;
 
  private:
   struct Port;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ struct TimelinePlace {
   Quarn::Seconds t = 0;
   std::string bridge;
   std::string port;
+  // Seconds since the Unix epoch, for a log of real time (the agent's);
+  // none on a simulated clock.
+  std::optional<double> wallTime;
 };
 
 // Hears what happens to bridges, simulated or on real ports, in time order, and tells it
@@ -29,6 +33,10 @@ class Timeline {
   virtual void requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) = 0;
   // An engine's join or leave indication.
   virtual void indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) = 0;
+  // A registration that went without a leave indication: its port closed
+  // or stopped forwarding.
+  virtual void forgot(const TimelinePlace& place, const MrpAgent::AttributeValue& value,
+                      MrpAgent::Bridge::ForgetCause cause) = 0;
   // A frame a port put on its wire, and the attribute types it carries a
   // LeaveAll for.
   virtual void transmitted(const TimelinePlace& place, Mrp::MrpApplication application,
@@ -43,6 +51,10 @@ class Timeline {
   virtual void portChanged(const TimelinePlace& place, const std::string& state) = 0;
   // What a bridge holds at the end of the run.
   virtual void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) = 0;
+  // Writes out what is held back: lines grouped with the ones of the same
+  // time and port that may still come. Called when nothing more of that
+  // time can come (the end of a dispatch, the end of a run).
+  virtual void flush() {}
 };
 
 }  // namespace MrpCli

@@ -88,4 +88,14 @@ std::string roleText(Stp::MstiPortStatus::Role role) {
   return std::to_string(static_cast<unsigned>(role));
 }
 
+const char* forgetCauseName(MrpAgent::Bridge::ForgetCause cause) {
+  switch (cause) {
+    case MrpAgent::Bridge::ForgetCause::portClosed:
+      return "port closed";
+    case MrpAgent::Bridge::ForgetCause::blocked:
+      return "blocked";
+  }
+  return "forgotten";
+}
+
 }  // namespace MrpCli

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "AttributeValue.h"
+#include "Bridge.h"
 #include "MrpModel/MrpApplication.h"
 #include "stp/MstiPortStatus.h"
 
@@ -22,5 +23,7 @@ std::string attributeTypeText(Mrp::MrpApplication application, std::uint8_t attr
 std::string streamIdText(std::uint64_t streamId);
 // "disabled", "root", "designated", "alternate", "backup".
 std::string roleText(Stp::MstiPortStatus::Role role);
+// Why a registration went without a leave indication: "port closed", "blocked".
+const char* forgetCauseName(MrpAgent::Bridge::ForgetCause cause);
 
 }  // namespace MrpCli
