@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include <sstream>
 #include <string>
 #include <vector>
@@ -8,13 +10,16 @@
 #include "Hex.h"
 #include "MrpProgram.h"
 #include "support/FileBytes.h"
+#include "support/MrpduFrames.h"
 #include "support/PcapngBuilder.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using Json = nlohmann::json;
 using MrpTest::PcapngBuilder;
+using MrpTest::Frames::kMsrpAllTypes;
 
 struct DecodeRun {
   int status;
@@ -36,9 +41,9 @@ DecodeRun decode(const std::vector<std::string>& args, const std::string& input 
 const std::string kMvrpHex = "00 01 02 0003 000a 2f 0000 0000";
 const std::string kMvrpJson =
     "{\"frame\": 1, \"application\": \"mvrp\", \"leaveAll\": [], \"domain\": [], \"attributes\": ["
-    "{\"type\": 1, \"key\": 10, \"event\": 1, \"value\": \"000a\"}, "
-    "{\"type\": 1, \"key\": 11, \"event\": 1, \"value\": \"000b\"}, "
-    "{\"type\": 1, \"key\": 12, \"event\": 5, \"value\": \"000c\"}], \"events\": 3, "
+    "{\"type\": 1, \"key\": \"10\", \"event\": 1, \"value\": \"000a\", \"vlan\": 10}, "
+    "{\"type\": 1, \"key\": \"11\", \"event\": 1, \"value\": \"000b\", \"vlan\": 11}, "
+    "{\"type\": 1, \"key\": \"12\", \"event\": 5, \"value\": \"000c\", \"vlan\": 12}], \"events\": 3, "
     "\"counters\": {\"numOfIncorrectPduVersion\": 0, \"numOfUnknownAttributeType\": 0, \"numOfMalformedPkts\": 0, "
     "\"numOfUnknownApplication\": 0}}\n";
 
@@ -63,11 +68,57 @@ TEST(DecodeCommandTest, MsrpDomainAndLeaveAllAreReportedApart) {
   const DecodeRun run = decode({"--app", "msrp", "--hex", "00 04 04 0009 2001 06 03 0002 24 0000 0000"});
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_NE(run.out.find("\"leaveAll\": [4]"), std::string::npos) << run.out;
-  EXPECT_NE(run.out.find("\"domain\": [{\"type\": 4, \"key\": 6, \"event\": 1, \"value\": \"06030002\"}]"),
+  EXPECT_NE(run.out.find("\"domain\": [{\"type\": 4, \"key\": \"6\", \"event\": 1, \"value\": \"06030002\", "
+                         "\"classId\": 6, \"priority\": 3, \"vid\": 2}]"),
             std::string::npos)
       << run.out;
   EXPECT_NE(run.out.find("\"attributes\": []"), std::string::npos) << run.out;
 }
+
+// Members decode writes for one of kMsrpAllTypes' values, found by its type
+// and key.
+struct ReadableCase {
+  const char* name;
+  unsigned type;
+  std::string key;
+  Json fields;
+};
+
+class DecodeReadableFieldsTest : public ::testing::TestWithParam<ReadableCase> {};
+
+TEST_P(DecodeReadableFieldsTest, AreWrittenBesideTheHexOfEachMsrpValue) {
+  const std::string hex = MrpCli::hexEncode(kMsrpAllTypes.data(), kMsrpAllTypes.size());
+  const DecodeRun run = decode({"--app", "msrp", "--hex", hex});
+  ASSERT_EQ(run.status, 0) << run.err;
+  const Json frame = Json::parse(run.out);
+  std::vector<Json> found;
+  for (const char* list : {"attributes", "domain"}) {
+    for (const Json& attribute : frame[list]) {
+      if (attribute["type"] == GetParam().type && attribute["key"] == GetParam().key) found.push_back(attribute);
+    }
+  }
+  ASSERT_EQ(found.size(), 1u) << run.out;
+  for (const auto& [name, value] : GetParam().fields.items()) EXPECT_EQ(found[0][name], value) << name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MsrpAllTypes, DecodeReadableFieldsTest,
+    ::testing::Values(
+        ReadableCase{"TalkerAdvertise", 1, "4822678189178881", {{"streamId", "00:11:22:33:44:55:00:01"}}},
+        ReadableCase{"NextTalkerAdvertise", 1, "4822678189178882", {{"streamId", "00:11:22:33:44:55:00:02"}}},
+        ReadableCase{"TalkerFailed", 2, "4822678189178889", {{"streamId", "00:11:22:33:44:55:00:09"}}},
+        ReadableCase{"ListenerReady", 3, "4822678189178881",
+                     {{"value", "0011223344550001"},  // the FirstValue, without the stored declaration
+                      {"streamId", "00:11:22:33:44:55:00:01"},
+                      {"declaration", "ready"}}},
+        ReadableCase{"ListenerIgnore", 3, "4822678189178882",
+                     {{"streamId", "00:11:22:33:44:55:00:02"}, {"declaration", "ignore"}}},
+        ReadableCase{"ListenerAskingFailed", 3, "4822678189178883",
+                     {{"streamId", "00:11:22:33:44:55:00:03"}, {"declaration", "askingFailed"}}},
+        ReadableCase{"ListenerReadyFailed", 3, "4822678189178884",
+                     {{"streamId", "00:11:22:33:44:55:00:04"}, {"declaration", "readyFailed"}}},
+        ReadableCase{"Domain", 4, "6", {{"classId", 6}, {"priority", 3}, {"vid", 2}}}),
+    [](const ::testing::TestParamInfo<ReadableCase>& info) { return std::string(info.param.name); });
 
 TEST(DecodeCommandTest, CountsThisFramesFaults) {
   const DecodeRun run = decode({"--app", "mvrp"}, "01 01 02 0001 000a 24 0000 0000\n00 01 02 0000\n");
@@ -153,7 +204,7 @@ TEST_F(DecodePcapTest, ChoosesTheApplicationByAddressAndEtherTypeAndSkipsOtherFr
   EXPECT_EQ(out[0] + "\n", kMvrpJson);
   EXPECT_EQ(out[1], "{\"frame\": 2, \"skipped\": \"not an MSRP or MVRP frame\"}");
   EXPECT_NE(out[2].find("{\"frame\": 3, \"application\": \"msrp\""), std::string::npos) << out[2];
-  EXPECT_NE(out[2].find("\"key\": 6"), std::string::npos) << out[2];
+  EXPECT_NE(out[2].find("\"key\": \"6\""), std::string::npos) << out[2];
   EXPECT_EQ(out[3], "{\"frame\": 4, \"skipped\": \"shorter than an Ethernet header\"}");
 }
 

@@ -27,7 +27,8 @@ INSTANTIATE_TEST_SUITE_P(
         JsonCase{"Nested", Json{{"list", {1, 2, Json{{"k", true}}}}, {"o", Json{{"n", nullptr}}}},
                  R"({"list": [1, 2, {"k": true}], "o": {"n": null}})"},
         JsonCase{"EmptyContainers", Json{{"a", Json::array()}, {"o", Json::object()}}, R"({"a": [], "o": {}})"},
-        JsonCase{"LargeUnsignedNumbers", Json{{"key", 18446744073709551615ULL}}, R"({"key": 18446744073709551615})"},
+        JsonCase{"LargeUnsignedNumbers", Json{{"numOfMalformedPkts", 18446744073709551615ULL}},
+                 R"({"numOfMalformedPkts": 18446744073709551615})"},
         JsonCase{"EscapedStringsAndKeys", Json{{"q\"\\", "line\nbreak\ttab"}}, R"({"q\"\\": "line\nbreak\ttab"})"},
         JsonCase{"Scalar", Json("text"), R"("text")"}),
     [](const ::testing::TestParamInfo<JsonCase>& info) { return std::string(info.param.name); });

@@ -1,8 +1,10 @@
 #include "Decoder.h"
 
 #include "Applications.h"
+#include "AttributeValue.h"
 #include "Hex.h"
 #include "MrpModel/MrpWireFormat.h"
+#include "RegistrationText.h"
 #include "quarn/System.h"
 #include "velo/EthHdr.h"
 #include "velo/Pkt.h"
@@ -27,18 +29,24 @@ FrameCounters countersOf(const Mrp::MrpCounters& c) {
 
 using Json = nlohmann::ordered_json;
 
-Json attributesOf(const Mrp::MrpSm& engine, const Mrp::MrpSm::ParsedKeyQueue& keys) {
+Json attributesOf(MrpApplication application, const Mrp::MrpSm& engine, const Mrp::MrpSm::ParsedKeyQueue& keys) {
   Json attributes = Json::array();
   for (const auto& [index, key] : keys) {
     Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = engine.mrpParsedAttribute(key);
-    std::vector<std::uint8_t> value;
+    std::vector<std::uint8_t> octets;
     for (std::size_t i = 0; parsed && i < parsed->attributeValues().size(); ++i) {
-      value.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
+      octets.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
     }
-    attributes.push_back({{"type", unsigned{key.attributeType}},
-                          {"key", key.attributeKey},
-                          {"event", parsed ? unsigned{parsed->attributeEvent()} : 0u},
-                          {"value", hexEncode(value.data(), value.size())}});
+    const auto known = MrpAgent::AttributeValue::fromOctets(application, key.attributeType, octets);
+    // A Listener's stored octets end in its declaration, which has a field
+    // of its own: "value" is the FirstValue, as in the other outputs.
+    const std::vector<std::uint8_t> value = known ? known->firstValue() : octets;
+    Json attribute = {{"type", unsigned{key.attributeType}},
+                      {"key", attributeKeyJson(key.attributeKey)},
+                      {"event", parsed ? unsigned{parsed->attributeEvent()} : 0u},
+                      {"value", hexEncode(value.data(), value.size())}};
+    if (known) valueFieldsJsonAdd(attribute, *known);
+    attributes.push_back(std::move(attribute));
   }
   return attributes;
 }
@@ -93,8 +101,8 @@ Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std:
       {"frame", frame},
       {"application", applicationName(application)},
       {"leaveAll", leaveAllOf(e)},
-      {"domain", attributesOf(e, e.msrpParsedDomainKey())},
-      {"attributes", attributesOf(e, e.mrpParsedAttributeKey())},
+      {"domain", attributesOf(application, e, e.msrpParsedDomainKey())},
+      {"attributes", attributesOf(application, e, e.mrpParsedAttributeKey())},
       {"events", static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore)},
       {"counters",
        {{"numOfIncorrectPduVersion", after.incorrectPduVersion - before.incorrectPduVersion},

@@ -7,6 +7,8 @@
 #include "Hex.h"
 #include "JsonLine.h"
 #include "RegistrationText.h"
+#include "ValueText.h"
+#include "WallTime.h"
 
 namespace MrpCli {
 
@@ -19,7 +21,9 @@ constexpr double kMicrosPerSecond = 1e6;
 double rounded(Quarn::Seconds t) { return std::round(t * kMicrosPerSecond) / kMicrosPerSecond; }
 
 Json placed(const TimelinePlace& place) {
-  Json line = {{"t", rounded(place.t)}, {"bridge", place.bridge}};
+  Json line = {{"t", rounded(place.t)}};
+  if (place.wallTime) line["time"] = wallTimeText(*place.wallTime);
+  line["bridge"] = place.bridge;
   if (!place.port.empty()) line["port"] = place.port;
   return line;
 }
@@ -40,6 +44,16 @@ void JsonTimeline::indicated(const TimelinePlace& place, const MrpAgent::Attribu
   Json line = placed(place);
   line["app"] = applicationName(value.application());
   line["indication"] = join ? "join" : "leave";
+  valueJsonAdd(line, value);
+  out_ << jsonLine(line) << '\n';
+}
+
+void JsonTimeline::forgot(const TimelinePlace& place, const MrpAgent::AttributeValue& value,
+                          MrpAgent::Bridge::ForgetCause cause) {
+  Json line = placed(place);
+  line["app"] = applicationName(value.application());
+  // Not an indication: the engine forgot it without one.
+  line["forgotten"] = forgetCauseName(cause);
   valueJsonAdd(line, value);
   out_ << jsonLine(line) << '\n';
 }

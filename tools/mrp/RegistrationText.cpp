@@ -1,9 +1,11 @@
 #include "RegistrationText.h"
 
 #include <sstream>
+#include <variant>
 
 #include "Applications.h"
 #include "Hex.h"
+#include "Overloaded.h"
 #include "TextTable.h"
 #include "ValueText.h"
 
@@ -32,9 +34,28 @@ std::string registrationTable(const std::vector<MrpAgent::Registration>& held, c
 
 void valueJsonAdd(nlohmann::ordered_json& json, const MrpAgent::AttributeValue& value) {
   json["type"] = unsigned{value.attributeType()};
-  json["key"] = value.attributeKey();
+  json["key"] = attributeKeyJson(value.attributeKey());
   const std::vector<std::uint8_t> firstValue = value.firstValue();
   json["value"] = hexEncode(firstValue.data(), firstValue.size());
+  valueFieldsJsonAdd(json, value);
+}
+
+nlohmann::ordered_json attributeKeyJson(std::uint64_t key) { return std::to_string(key); }
+
+void valueFieldsJsonAdd(nlohmann::ordered_json& json, const MrpAgent::AttributeValue& value) {
+  std::visit(MrpAgent::Overloaded{
+                 [&](const Mrp::MvrpVlanAttribute& v) { json["vlan"] = v.vlanId(); },
+                 [&](const Mrp::MsrpTalkerAdvertiseAttribute& v) { json["streamId"] = streamIdText(v.streamId()); },
+                 [&](const Mrp::MsrpTalkerFailedAttribute& v) {
+                   json["streamId"] = streamIdText(v.talkerAdvertiseAttribute().streamId());
+                 },
+                 [&](const Mrp::MsrpListenerAttribute& v) { json["streamId"] = streamIdText(v.streamId()); },
+                 [&](const Mrp::MsrpDomainAttribute& v) {
+                   json["classId"] = unsigned{v.srClassId()};
+                   json["priority"] = unsigned{v.srClassPriority()};
+                   json["vid"] = v.srClassVID();
+                 }},
+             value.record());
   if (const auto declaration = value.declaration()) json["declaration"] = stateText(*declaration);
 }
 

@@ -84,8 +84,10 @@ if [ "$leaves" -ne 0 ]; then
   fail "$leaves leave indications, none expected; the first: $(grep -m 1 '"indication": "leave"' "$dir/timeline.jsonl")"
 fi
 
+# A VLAN held IN, as the registrations lines list it.
+vlan_registered='"app": "mvrp", "type": 1, "key": "[0-9]*", "value": "[0-9a-f]*", "vlan": [0-9]*, "registrar": "IN"'
 registrations=$({ grep '"registrations": ' "$dir/timeline.jsonl" || true; } |
-  { grep -o '"app": "mvrp", "type": 1, "key": [0-9]*, "value": "[0-9a-f]*", "registrar": "IN"' || true; } | wc -l)
+  { grep -o "$vlan_registered" || true; } | wc -l)
 if [ "$registrations" -ne "$VLAN_REGISTRATIONS" ]; then
   fail "$registrations VLAN registrations at the end, $VLAN_REGISTRATIONS expected"
 fi
