@@ -52,7 +52,7 @@ std::optional<double> indicationAt(const std::vector<Json>& lines, const std::st
                                    const std::string& port, unsigned type, std::uint64_t key, double after = 0) {
   for (const Json& line : lines) {
     if (line.value("indication", "") == kind && line["bridge"] == bridge && line["port"] == port &&
-        line["type"] == type && line["key"] == key && line["t"].get<double>() >= after) {
+        line["type"] == type && line["key"] == std::to_string(key) && line["t"].get<double>() >= after) {
       return line["t"].get<double>();
     }
   }
@@ -93,6 +93,16 @@ TEST_F(DefaultSimTest, TheVlanAndTheStreamAreRegisteredAtTheFarEndWithinOneSecon
   EXPECT_LE(*listener, 2.0 + 1.0);
 }
 
+TEST_F(DefaultSimTest, AListenersJoinNamesItsStreamAndItsDeclaration) {
+  const auto listener = std::find_if(lines().begin(), lines().end(), [](const Json& l) {
+    return l.value("indication", "") == "join" && l["bridge"] == "h1" && l["app"] == "msrp" && l["type"] == 3;
+  });
+  ASSERT_NE(listener, lines().end());
+  EXPECT_EQ((*listener)["key"], std::to_string(kStreamKey));
+  EXPECT_EQ((*listener)["streamId"], kStream);
+  EXPECT_EQ((*listener)["declaration"], "ready");
+}
+
 TEST_F(DefaultSimTest, LeaveAllCyclesBeforeTheWithdrawalLeaveEveryRegistrationInPlace) {
   EXPECT_GT(countWhere(lines(), [](const Json& l) { return l.contains("leaveAll") && l["t"] < 30.0; }), 10u);
   EXPECT_EQ(countWhere(lines(), [](const Json& l) { return l.value("indication", "") == "leave" && l["t"] < 30.0; }),
@@ -111,7 +121,7 @@ TEST_F(DefaultSimTest, AWithdrawnVlanIsDeregisteredHopByHopWithinTheLeaveTimeAnd
   for (const Json& line : lines()) {
     if (!line.contains("registrations")) continue;
     for (const Json& registration : line["registrations"]) {
-      EXPECT_FALSE(registration["app"] == "mvrp" && registration["key"] == 10) << line;
+      EXPECT_FALSE(registration["app"] == "mvrp" && registration["key"] == "10") << line;
     }
   }
 }
@@ -156,8 +166,8 @@ TEST_F(DefaultSimTest, TheRunEndsWithOneRegistrationTablePerBridge) {
   // Only the domains are left: each port declares and registers class A.
   ASSERT_EQ(last["registrations"].size(), 1u);
   EXPECT_EQ(last["registrations"][0],
-            Json::parse(R"({"port": "e0", "app": "msrp", "type": 4, "key": 6, "value": "06030002",
-                            "registrar": "IN", "applicant": "QA"})"));
+            Json::parse(R"({"port": "e0", "app": "msrp", "type": 4, "key": "6", "value": "06030002",
+                            "classId": 6, "priority": 3, "vid": 2, "registrar": "IN", "applicant": "QA"})"));
 }
 
 TEST(SimCommandTest, ThreeHundredSecondsOfRandomisedLeaveAllGiveNoLeaveIndication) {
@@ -211,7 +221,9 @@ TEST(SimCommandTest, AVlanListDeclaresAndWithdrawsEachVlanInItsOrder) {
   const std::vector<Json> lines = simJson({dir.file("list.json")});
   std::vector<std::string> requests;
   for (const Json& line : lines) {
-    if (line.contains("request")) requests.push_back(line["request"].get<std::string>() + " " + line["key"].dump());
+    if (line.contains("request")) {
+      requests.push_back(line["request"].get<std::string>() + " " + line["key"].get<std::string>());
+    }
   }
   EXPECT_THAT(requests, ::testing::ElementsAre("declare 7", "declare 1", "declare 2", "declare 3", "withdraw 2",
                                                "withdraw 3"));
@@ -261,6 +273,39 @@ TEST(SimCommandTest, ALinkCutAndRestoredReadsInWords) {
   EXPECT_THAT(run.out, ::testing::HasSubstr("\n    60.000                      link sw2:p2 - sw3:p1 up\n"));
 }
 
+TEST(SimCommandTest, VlansOfOnePortAndTimeReadAsRangesOnOneLine) {
+  TempDir dir;
+  std::ofstream(dir.file("ranges.json")) << R"({"applications": ["mvrp"],
+    "bridges": {"h1": {"ports": ["e0"]}, "h2": {"ports": ["e0"]}}, "links": [["h1:e0", "h2:e0"]], "until": 5,
+    "events": [{"at": 0, "declare": {"bridge": "h1", "port": "e0", "app": "mvrp", "vlans": "105-110, 2, 100-104"}},
+               {"at": 2, "withdraw": {"bridge": "h1", "port": "e0", "app": "mvrp", "vlans": "100-110"}}]})";
+  const MrpRun run = mrp({"sim", dir.file("ranges.json")});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(run.out, ::testing::StartsWith("      time  bridge  port  app   event\n"
+                                             "     0.000  h1      e0    mvrp  declare VLANs 2, 100-110\n"
+                                             "     0.100  h2      e0    mvrp  join VLANs 2, 100-110\n"
+                                             "     2.000  h1      e0    mvrp  withdraw VLANs 100-110\n"
+                                             "     2.700  h2      e0    mvrp  leave VLANs 100-110\n"
+                                             "\nRegistrations at 5.000 s\n"));
+}
+
+TEST(SimCommandTest, NoLeaveAllHidesTheLeaveAllLinesAndKeepsTheJoins) {
+  const MrpRun run = mrp({"sim", "--no-leaveall"});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(run.out, ::testing::Not(::testing::HasSubstr("LeaveAll")));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n     1.100  h2      e0    mvrp  join VLAN 10\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("\n     1.100  h2      e0    msrp  join talker " + kStream +
+                                            " (91:e0:f0:00:fe:01, VLAN 2)\n"));
+}
+
+TEST(SimCommandTest, NoLeaveAllLeavesTheJsonTimelineAsItIs) {
+  const MrpRun plain = mrp({"sim", "--until", "30", "--json"});
+  const MrpRun hidden = mrp({"sim", "--until", "30", "--json", "--no-leaveall"});
+  ASSERT_EQ(hidden.status, 0) << hidden.err;
+  EXPECT_THAT(hidden.out, ::testing::HasSubstr("\"leaveAll\""));
+  EXPECT_EQ(hidden.out, plain.out);
+}
+
 // Every frame of the default network's captures, dissected in one tshark run.
 TEST(SimCommandTest, EveryCapturedFrameOfTheDefaultNetworkDissectsWithoutAMalformedReport) {
   requireTshark();
@@ -292,7 +337,7 @@ std::vector<std::string> registered(const Json& table) {
   for (const Json& r : table["registrations"]) {
     if (r["registrar"] != "IN") continue;
     out.push_back(r["app"].get<std::string>() + " " + std::to_string(r["type"].get<unsigned>()) + " " +
-                  std::to_string(r["key"].get<std::uint64_t>()));
+                  r["key"].get<std::string>());
   }
   std::sort(out.begin(), out.end());
   out.erase(std::unique(out.begin(), out.end()), out.end());
@@ -356,6 +401,18 @@ TEST(ReplayCommandTest, OnlyTheChosenApplicationIsReplayed) {
     ++mvrp;
   }
   EXPECT_GT(mvrp, 0u);
+}
+
+// The replaying bridge's LeaveAll timer runs past the capture: there is
+// nothing to hide, and the flag is taken.
+TEST(ReplayCommandTest, NoLeaveAllIsTakenAndLeavesTheTextAsItIs) {
+  TempDir dir;
+  simJson({"--until", "5", "--pcap", dir.file("pcap")});
+  const MrpRun plain = mrp({"replay", dir.file("pcap/h1-e0_sw1-p1.pcap")});
+  const MrpRun hidden = mrp({"replay", dir.file("pcap/h1-e0_sw1-p1.pcap"), "--no-leaveall"});
+  ASSERT_EQ(hidden.status, 0) << hidden.err;
+  EXPECT_THAT(hidden.out, ::testing::HasSubstr("mvrp  join VLAN 10\n"));
+  EXPECT_EQ(hidden.out, plain.out);
 }
 
 struct BadReplay {

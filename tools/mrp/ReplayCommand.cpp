@@ -44,6 +44,8 @@ ReplayCommand::ReplayCommand(CLI::App& program)
       ->check(knownApplication());
   command_->add_option("--out", outFile_, "Write what the bridge sent to a pcap file")->type_name("OUT.pcap");
   command_->add_flag("--json", json_, "Print the timeline as JSON lines");
+  command_->add_flag("--no-leaveall", noLeaveAll_,
+                     "Hide LeaveAll lines in the text timeline (the --json timeline keeps them)");
   command_->footer(
       "Each frame arrives at the capture's time from the first frame on; the bridge runs the\n"
       "applications the capture carries. Its own LeaveAll timer is set past the end of the\n"
@@ -91,13 +93,15 @@ int ReplayCommand::run(std::ostream& out, std::ostream& err) const {
   if (json_) {
     timeline = std::make_unique<JsonTimeline>(out);
   } else {
-    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{kBridge}, std::vector<std::string>{kPort});
+    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{kBridge}, std::vector<std::string>{kPort},
+                                              TextTimelineOptions{.hideLeaveAll = noLeaveAll_});
   }
   {
     Simulation simulation(scenario, *timeline);
     if (capture) simulation.captureIs({kBridge, kPort}, capture, origin);
     simulation.run(scenario.until);
   }
+  timeline->flush();
   if (capture) {
     capture->flush();
     if (!capture->ok()) return fail(err, capture->error());

@@ -12,10 +12,10 @@ class App;
 
 namespace MrpCli {
 
-// `mrp replay CAPTURE [--app mvrp|msrp] [--out OUT.pcap] [--json]`: one
-// bridge with one port receives every MRP frame of a capture at its capture
-// time (from the first frame on), and the timeline tells what its engines
-// indicated and sent.
+// `mrp replay CAPTURE [--app mvrp|msrp] [--out OUT.pcap] [--json]
+// [--no-leaveall]`: one bridge with one port receives every MRP frame of a
+// capture at its capture time (from the first frame on), and the timeline
+// tells what its engines indicated and sent.
 class ReplayCommand {
  public:
   // The replaying bridge and its port, as the timeline names them.
@@ -39,6 +39,7 @@ class ReplayCommand {
   std::optional<Mrp::MrpApplication> application_;
   std::optional<std::string> outFile_;
   bool json_ = false;
+  bool noLeaveAll_ = false;
 };
 
 }  // namespace MrpCli

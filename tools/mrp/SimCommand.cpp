@@ -53,6 +53,8 @@ SimCommand::SimCommand(CLI::App& program)
   command_->add_option("SCENARIO", file_, "A scenario file (JSON); without one, the embedded default network runs")
       ->type_name("");
   command_->add_flag("--json", json_, "Print the timeline as JSON lines");
+  command_->add_flag("--no-leaveall", noLeaveAll_,
+                     "Hide LeaveAll lines in the text timeline (the --json timeline keeps them)");
   command_->add_option("--until", until_, "Run to this many seconds of simulated time (instead of the scenario's)")
       ->type_name("SECONDS")
       ->check(CLI::Validator(
@@ -114,7 +116,8 @@ int SimCommand::run(std::ostream& out, std::ostream& err) const {
   if (json_) {
     timeline = std::make_unique<JsonTimeline>(out);
   } else {
-    timeline = std::make_unique<TextTimeline>(out, bridgeNames(scenario), portNames(scenario));
+    timeline = std::make_unique<TextTimeline>(out, bridgeNames(scenario), portNames(scenario),
+                                              TextTimelineOptions{.hideLeaveAll = noLeaveAll_});
   }
   {
     Simulation simulation(scenario, *timeline);
@@ -127,6 +130,7 @@ int SimCommand::run(std::ostream& out, std::ostream& err) const {
     if (rssEvery_) sampler.emplace(&Quarn::System::clock(), *rssEvery_, err);
     simulation.run(until_.value_or(scenario.until));
   }
+  timeline->flush();
   for (const auto& [link, capture] : captures) {
     capture->flush();
     if (!capture->ok()) return fail(err, capture->error(), kFailed);

@@ -10,11 +10,11 @@ class App;
 
 namespace MrpCli {
 
-// `mrp sim [SCENARIO.json] [--json] [--until SECONDS] [--pcap DIR]
-// [--rss-every SECONDS]`: runs a network of bridges in simulated time (the
-// embedded default without a file) and prints its timeline; the resident
-// set samples go to the error stream, so that the timeline of a scenario and
-// seed stays the same from run to run.
+// `mrp sim [SCENARIO.json] [--json] [--no-leaveall] [--until SECONDS]
+// [--pcap DIR] [--rss-every SECONDS]`: runs a network of bridges in
+// simulated time (the embedded default without a file) and prints its
+// timeline; the resident set samples go to the error stream, so that the
+// timeline of a scenario and seed stays the same from run to run.
 class SimCommand {
  public:
   explicit SimCommand(CLI::App& program);
@@ -29,6 +29,7 @@ class SimCommand {
   CLI::App* command_;
   std::optional<std::string> file_;
   bool json_ = false;
+  bool noLeaveAll_ = false;
   std::optional<double> until_;
   std::optional<std::string> pcapDir_;
   std::optional<double> rssEvery_;

@@ -3,17 +3,19 @@
 #include <algorithm>
 #include <cstdio>
 #include <ostream>
-#include <sstream>
+#include <variant>
 
 #include "Applications.h"
 #include "RegistrationText.h"
 #include "ValueText.h"
+#include "VlanSetText.h"
+#include "WallTime.h"
 
 namespace MrpCli {
 
 namespace {
 
-constexpr std::size_t kTimeWidth = 10;
+constexpr std::size_t kSecondsWidth = 10;
 constexpr std::size_t kAppWidth = 4;
 const std::string kGap = "  ";
 // The port column of a bridge's own declaration, made on every port.
@@ -29,36 +31,81 @@ std::string padded(const std::string& text, std::size_t width) {
   return text.size() >= width ? text : text + std::string(width - text.size(), ' ');
 }
 
-std::string timeText(Quarn::Seconds t) {
+std::string rightAligned(const std::string& text, std::size_t width) {
+  return text.size() >= width ? text : std::string(width - text.size(), ' ') + text;
+}
+
+std::string secondsText(Quarn::Seconds t) {
   char text[32];
-  std::snprintf(text, sizeof text, "%*.3f", static_cast<int>(kTimeWidth), t);
+  std::snprintf(text, sizeof text, "%.3f", t);
   return text;
+}
+
+// Rows of one line: the same moment, bridge and port.
+bool sameMoment(const TimelinePlace& a, const TimelinePlace& b) {
+  return a.t == b.t && a.wallTime == b.wallTime && a.bridge == b.bridge && a.port == b.port;
 }
 
 }  // namespace
 
 TextTimeline::TextTimeline(std::ostream& out, const std::vector<std::string>& bridges,
-                           const std::vector<std::string>& ports)
-    : out_(out), bridgeWidth_(widest(bridges, std::string("bridge").size())), portWidth_(widest(ports, 4)) {}
+                           const std::vector<std::string>& ports, TextTimelineOptions options)
+    : out_(out),
+      options_(options),
+      // Every wall-clock text is as long as the epoch's.
+      timeWidth_(options.wallClock ? wallTimeText(0).size() : kSecondsWidth),
+      bridgeWidth_(widest(bridges, std::string("bridge").size())),
+      portWidth_(widest(ports, 4)) {}
 
 void TextTimeline::headingOnce() {
   if (headed_) return;
   headed_ = true;
-  const std::string time = "time";
-  out_ << std::string(kTimeWidth - time.size(), ' ') << time << kGap << padded("bridge", bridgeWidth_) << kGap
+  out_ << rightAligned("time", timeWidth_) << kGap << padded("bridge", bridgeWidth_) << kGap
        << padded("port", portWidth_) << kGap << padded("app", kAppWidth) << kGap << "event\n";
 }
 
-void TextTimeline::row(Quarn::Seconds t, const std::string& bridge, const std::string& port, const std::string& app,
-                       const std::string& event) {
+std::string TextTimeline::timeText(const TimelinePlace& place) const {
+  return rightAligned(place.wallTime ? wallTimeText(*place.wallTime) : secondsText(place.t), timeWidth_);
+}
+
+void TextTimeline::line(const TimelinePlace& place, const std::string& app, const std::string& event) {
   headingOnce();
-  out_ << timeText(t) << kGap << padded(bridge, bridgeWidth_) << kGap << padded(port, portWidth_) << kGap
-       << padded(app, kAppWidth) << kGap << event << '\n';
+  out_ << timeText(place) << kGap << padded(place.bridge, bridgeWidth_) << kGap << padded(place.port, portWidth_)
+       << kGap << padded(app, kAppWidth) << kGap << event << '\n';
+}
+
+void TextTimeline::row(const TimelinePlace& place, const std::string& app, const std::string& event) {
+  flush();
+  line(place, app, event);
+}
+
+void TextTimeline::flush() {
+  if (!held_) return;
+  const std::vector<std::uint16_t> vlans(held_->vlans.begin(), held_->vlans.end());
+  line(held_->place, held_->app,
+       held_->verb + (vlans.size() == 1 ? " VLAN " : " VLANs ") + vlanSetText(vlans) + held_->cause);
+  held_.reset();
+}
+
+void TextTimeline::valueRow(const TimelinePlace& place, const MrpAgent::AttributeValue& value, const std::string& verb,
+                            const std::string& cause) {
+  const std::string app = applicationName(value.application());
+  const auto* vlan = std::get_if<Mrp::MvrpVlanAttribute>(&value.record());
+  if (!vlan) {
+    row(place, app, verb + " " + valueText(value) + cause);
+    return;
+  }
+  if (!held_ || !sameMoment(held_->place, place) || held_->app != app || held_->verb != verb || held_->cause != cause) {
+    flush();
+    held_ = HeldVlans{place, app, verb, cause, {}};
+  }
+  held_->vlans.insert(vlan->vlanId());
 }
 
 void TextTimeline::requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) {
-  row(place.t, place.bridge, place.port.empty() ? kEveryPort : place.port, applicationName(value.application()),
-      (withdraw ? "withdraw " : "declare ") + valueText(value));
+  TimelinePlace shown = place;
+  if (shown.port.empty()) shown.port = kEveryPort;
+  valueRow(shown, value, withdraw ? "withdraw" : "declare", "");
 }
 
 void TextTimeline::indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) {
@@ -70,43 +117,47 @@ void TextTimeline::indicated(const TimelinePlace& place, const MrpAgent::Attribu
   } else {
     registered_.erase(key);
   }
-  row(place.t, place.bridge, place.port, applicationName(value.application()),
-      (join ? "join " : "leave ") + valueText(value));
+  valueRow(place, value, join ? "join" : "leave", "");
+}
+
+void TextTimeline::forgot(const TimelinePlace& place, const MrpAgent::AttributeValue& value,
+                          MrpAgent::Bridge::ForgetCause cause) {
+  registered_.erase({place.bridge, place.port, value.application(), value.attributeType(), value.attributeKey()});
+  valueRow(place, value, "leave", std::string(" (") + forgetCauseName(cause) + ")");
 }
 
 void TextTimeline::transmitted(const TimelinePlace& place, Mrp::MrpApplication application,
                                const std::vector<std::uint8_t>&, const std::vector<std::uint8_t>& leaveAllTypes) {
-  if (leaveAllTypes.empty()) return;
+  if (leaveAllTypes.empty() || options_.hideLeaveAll) return;
   std::string types;
   for (std::uint8_t type : leaveAllTypes) types += (types.empty() ? "" : ", ") + attributeTypeText(application, type);
-  row(place.t, place.bridge, place.port, applicationName(application), "LeaveAll sent (" + types + ")");
+  row(place, applicationName(application), "LeaveAll sent (" + types + ")");
 }
 
 void TextTimeline::injected(const TimelinePlace& place, const std::vector<std::uint8_t>& frame) {
-  row(place.t, place.bridge, place.port, "", "frame arrives (" + std::to_string(frame.size()) + " octets)");
+  row(place, "", "frame arrives (" + std::to_string(frame.size()) + " octets)");
 }
 
 void TextTimeline::linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) {
-  row(t, "", "", "", "link " + a + " - " + b + (up ? " up" : " down"));
+  row(TimelinePlace{t, "", "", std::nullopt}, "", "link " + a + " - " + b + (up ? " up" : " down"));
 }
 
 void TextTimeline::roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from,
                                Stp::MstiPortStatus::Role to) {
-  row(place.t, place.bridge, place.port, "", "role " + roleText(from) + " -> " + roleText(to));
+  row(place, "", "role " + roleText(from) + " -> " + roleText(to));
 }
 
 void TextTimeline::registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) {
+  flush();
   if (!tablesStarted_) {
     tablesStarted_ = true;
-    char at[32];
-    std::snprintf(at, sizeof at, "%.3f", place.t);
-    out_ << "\nRegistrations at " << at << " s\n";
+    out_ << "\nRegistrations at " << secondsText(place.t) << " s\n";
   }
   out_ << '\n' << place.bridge << '\n' << registrationTable(held, "  ");
 }
 
 void TextTimeline::portChanged(const TimelinePlace& place, const std::string& state) {
-  row(place.t, place.bridge, place.port, "", "port " + state);
+  row(place, "", "port " + state);
 }
 
 }  // namespace MrpCli

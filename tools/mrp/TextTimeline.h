@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <iosfwd>
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -11,15 +13,27 @@
 
 namespace MrpCli {
 
+struct TextTimelineOptions {
+  // The time column shows the wall clock of each row's place (the agent's
+  // log); otherwise seconds, as a simulation counts them.
+  bool wallClock = false;
+  // No "LeaveAll sent" rows: a long run is mostly those.
+  bool hideLeaveAll = false;
+};
+
 // The timeline for a person: one line per event in aligned columns (time in
-// seconds with milliseconds, bridge, port, application, what happened in
-// words), then each bridge's registrations as a table.
+// seconds with milliseconds, or the wall clock, bridge, port, application,
+// what happened in words), then each bridge's registrations as a table.
 //
 //       time  bridge  port  app   event
-//      1.000  h1      e0    mvrp  declare VLAN 10
-//      1.100  sw1     p1    mvrp  join VLAN 10
+//      1.000  h1      e0    mvrp  declare VLANs 10-12, 20
+//      1.100  sw1     p1    mvrp  join VLANs 10-12, 20
 //     12.400  sw1     p2    mvrp  LeaveAll sent (VLAN)
 //     40.000                      link sw2:p2 - sw3:p1 down
+//
+// VLANs that one port declares, withdraws, joins, leaves or forgets at one
+// time share a line: such a row is held back until a row that does not
+// belong with it comes, or flush().
 //
 // Transmitted frames show only when they carry a LeaveAll. A join of what a
 // port has registered already, with the same value, is not shown again:
@@ -28,10 +42,13 @@ namespace MrpCli {
 class TextTimeline : public Timeline {
  public:
   // The columns fit the longest of the bridge and port names.
-  TextTimeline(std::ostream& out, const std::vector<std::string>& bridges, const std::vector<std::string>& ports);
+  TextTimeline(std::ostream& out, const std::vector<std::string>& bridges, const std::vector<std::string>& ports,
+               TextTimelineOptions options = {});
 
   void requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) override;
   void indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) override;
+  void forgot(const TimelinePlace& place, const MrpAgent::AttributeValue& value,
+              MrpAgent::Bridge::ForgetCause cause) override;
   void transmitted(const TimelinePlace& place, Mrp::MrpApplication application, const std::vector<std::uint8_t>& frame,
                    const std::vector<std::uint8_t>& leaveAllTypes) override;
   void injected(const TimelinePlace& place, const std::vector<std::uint8_t>& frame) override;
@@ -39,17 +56,34 @@ class TextTimeline : public Timeline {
   void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from, Stp::MstiPortStatus::Role to) override;
   void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override;
   void portChanged(const TimelinePlace& place, const std::string& state) override;
+  void flush() override;
 
  private:
-  void row(Quarn::Seconds t, const std::string& bridge, const std::string& port, const std::string& app,
-           const std::string& event);
+  // VLANs waiting for the rest of their line: "<verb> VLANs <set><cause>".
+  struct HeldVlans {
+    TimelinePlace place;
+    std::string app;
+    std::string verb;
+    std::string cause;
+    std::set<std::uint16_t> vlans;
+  };
+
+  // "join", "leave (port closed)" ... of one value: VLANs are held, other values written.
+  void valueRow(const TimelinePlace& place, const MrpAgent::AttributeValue& value, const std::string& verb,
+                const std::string& cause);
+  void row(const TimelinePlace& place, const std::string& app, const std::string& event);
+  void line(const TimelinePlace& place, const std::string& app, const std::string& event);
   void headingOnce();
+  std::string timeText(const TimelinePlace& place) const;
 
   // What each bridge's port has registered, by application, type and key.
   using Registered = std::tuple<std::string, std::string, Mrp::MrpApplication, std::uint8_t, std::uint64_t>;
   std::map<Registered, MrpAgent::AttributeValue> registered_;
+  std::optional<HeldVlans> held_;
 
   std::ostream& out_;
+  TextTimelineOptions options_;
+  std::size_t timeWidth_;
   std::size_t bridgeWidth_;
   std::size_t portWidth_;
   bool headed_ = false;
