@@ -3,7 +3,10 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 
 namespace MrpTest {
 
@@ -25,10 +28,10 @@ AgentProcess::AgentProcess(const std::vector<std::string>& ports, const std::str
   std::vector<std::string> argv;
   if (!netns.empty()) argv = {"ip", "netns", "exec", netns};
   for (const std::string& arg : {std::string(MRP_PROGRAM), std::string("agent"), std::string("--ports"), joined(ports),
-                                 std::string("--apps"), apps, std::string("--config"), configFile,
-                                 std::string("--control"), controlPath_}) {
+                                 std::string("--config"), configFile, std::string("--control"), controlPath_}) {
     argv.push_back(arg);
   }
+  if (!apps.empty()) argv.insert(argv.end(), {"--apps", apps});
   process_ = std::make_unique<ChildProcess>(argv);
 }
 
@@ -50,7 +53,8 @@ std::vector<std::string> AgentProcess::registrations() const {
   if (!json.is_object() || !json.contains("registrations")) return lines;
   for (const auto& r : json["registrations"]) {
     lines.push_back(r["port"].get<std::string>() + " " + r["app"].get<std::string>() + " " +
-                    std::to_string(r["key"].get<std::uint64_t>()) + " " + r["registrar"].get<std::string>());
+                    std::to_string(r["type"].get<unsigned>()) + " " + r["key"].get<std::string>() + " " +
+                    r["registrar"].get<std::string>());
   }
   return lines;
 }
@@ -76,6 +80,29 @@ bool AgentProcess::portsUp(const std::vector<std::string>& ports) const {
            return std::all_of(ports.begin(), ports.end(), [&](const std::string& port) { return portState(port) == "up"; });
          })
       .has_value();
+}
+
+std::optional<pid_t> AgentProcess::workerPid(const std::string& app) const {
+  // The agent runs in a namespace through `ip netns exec`, which execs it:
+  // the pid stays the child's.
+  const std::string wanted = std::string("mrp") + '\0' + "agent-worker" + '\0' + app + '\0';
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string name = entry.path().filename();
+    if (name.find_first_not_of("0123456789") != std::string::npos) continue;
+    std::ifstream stat(entry.path() / "stat");
+    std::string statText((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+    const std::size_t close = statText.rfind(')');
+    if (close == std::string::npos) continue;
+    std::istringstream fields(statText.substr(close + 1));
+    std::string state;
+    pid_t parent = 0;
+    fields >> state >> parent;
+    if (parent != process_->pid()) continue;
+    std::ifstream cmdline(entry.path() / "cmdline");
+    const std::string command((std::istreambuf_iterator<char>(cmdline)), std::istreambuf_iterator<char>());
+    if (command == wanted) return static_cast<pid_t>(std::stoi(name));
+  }
+  return std::nullopt;
 }
 
 }  // namespace MrpTest

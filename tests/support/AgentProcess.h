@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +20,8 @@ class AgentProcess {
  public:
   // `config` is the configuration file's text; no namespace when `netns`
   // is empty.
-  explicit AgentProcess(const std::vector<std::string>& ports, const std::string& apps = "mvrp",
+  // `apps` empty: the agent's default applications.
+  explicit AgentProcess(const std::vector<std::string>& ports, const std::string& apps = "",
                         const std::string& config = "{}", const std::string& netns = "");
 
   // Whether its control socket answers within five seconds.
@@ -27,8 +31,8 @@ class AgentProcess {
 
   // `mrp ctl --control <its socket> args...`
   MrpRun ctl(const std::vector<std::string>& args) const;
-  // What `ctl show --json` lists, as "port app key registrar" lines; empty
-  // when the agent does not answer.
+  // What `ctl show --json` lists, as "port app type key registrar" lines;
+  // empty when the agent does not answer.
   std::vector<std::string> registrations() const;
   // Whether `line` is among the registrations.
   bool registers(const std::string& line) const;
@@ -38,6 +42,10 @@ class AgentProcess {
   // Whether every one of `ports` is up within five seconds (a new veth's
   // carrier takes up to a second to show).
   bool portsUp(const std::vector<std::string>& ports) const;
+
+  // The pid of the agent's worker process of an application (`mrp
+  // agent-worker msrp`); nullopt while there is none.
+  std::optional<pid_t> workerPid(const std::string& app) const;
 
  private:
   TempDir dir_;

@@ -9,10 +9,13 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "ControlAnswer.h"
 #include "ControlClient.h"
@@ -92,8 +95,8 @@ TEST_F(AgentControlTest, MrpCtlPrintsTheRefusalOnOneLineAndFails) {
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.err, "mrp ctl: attribute.vlan: 5000 is not a VLAN id (1..4094)\n");
   const MrpRun unknown = agent.ctl({"reboot"});
-  EXPECT_EQ(unknown.status, 1);
-  EXPECT_EQ(unknown.err, "mrp ctl: command: unknown command 'reboot' (declare, withdraw, show, counters, ports, trace)\n");
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_EQ(unknown.err, "mrp ctl: unknown command 'reboot' (declare, withdraw, show, counters, ports, trace)\n");
   expectRunning();
 }
 
@@ -117,8 +120,68 @@ TEST_F(AgentControlTest, ADeclarationOnAPortThatIsAbsentIsKeptAndCanBeWithdrawn)
   const MrpRun withdrawn = agent.ctl({"withdraw", R"({"port": "mrpnone1", "app": "mvrp", "vlan": 10})", "--json"});
   EXPECT_EQ(withdrawn.status, 0) << withdrawn.err;
   EXPECT_EQ(withdrawn.out,
-            R"({"withdrawn": {"app": "mvrp", "port": "mrpnone1", "type": 1, "key": 10, "value": "000a"}})"
+            R"({"withdrawn": [{"app": "mvrp", "port": "mrpnone1", "type": 1, "key": "10", "value": "000a", "vlan": 10}]})"
             "\n");
+}
+
+// One rule for the exit status: 1 when the request was not carried out, 2
+// when mrp ctl was used wrongly; with --json the error is a JSON line too.
+struct CtlFailure {
+  std::vector<std::string> args;
+  int status;
+  std::string error;
+};
+
+class MrpCtlJsonErrorTest : public AgentControlTest, public ::testing::WithParamInterface<CtlFailure> {};
+
+TEST_P(MrpCtlJsonErrorTest, IsOneJsonLineOnStdoutWithItsStatus) {
+  std::vector<std::string> args = GetParam().args;
+  args.push_back("--json");
+  const MrpRun run = agent.ctl(args);
+  EXPECT_EQ(run.status, GetParam().status);
+  EXPECT_EQ(run.err, "");
+  const auto json = nlohmann::json::parse(run.out, nullptr, false);
+  ASSERT_TRUE(json.is_object()) << run.out;
+  EXPECT_EQ(json["ok"], false);
+  EXPECT_EQ(json["error"], GetParam().error);
+  EXPECT_EQ(run.out.back(), '\n');
+  EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Failures, MrpCtlJsonErrorTest,
+    ::testing::Values(CtlFailure{{"declare", R"({"app": "mvrp", "vlan": 5000})"}, 1,
+                                 "attribute.vlan: 5000 is not a VLAN id (1..4094)"},
+                      CtlFailure{{"withdraw", R"({"app": "mvrp", "vlan": 7})"}, 1,
+                                 "nothing to withdraw: VLAN 7 is not declared on every port"},
+                      CtlFailure{{"reboot"}, 2, "unknown command 'reboot' (declare, withdraw, show, counters, ports, trace)"},
+                      CtlFailure{{"declare"}, 2, "declare needs an attribute, e.g. '{\"app\": \"mvrp\", \"vlan\": 10}'"},
+                      CtlFailure{{"show", "all"}, 2, "show takes no argument"}));
+
+TEST_F(AgentControlTest, AVlanListIsDeclaredAndWithdrawnAsOneRequest) {
+  const MrpRun declared = agent.ctl({"declare", R"({"app": "mvrp", "vlans": "100-110, 200"})"});
+  EXPECT_EQ(declared.status, 0) << declared.err;
+  EXPECT_EQ(declared.out, "declared VLANs 100-110, 200 on every port\n");
+  const MrpRun some = agent.ctl({"withdraw", R"({"app": "mvrp", "vlans": "105-110, 300"})"});
+  EXPECT_EQ(some.status, 0) << some.err;
+  EXPECT_EQ(some.out, "withdrew VLANs 105-110 on every port\n");
+  const MrpRun none = agent.ctl({"withdraw", R"({"app": "mvrp", "vlans": "105-106"})"});
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(none.err, "mrp ctl: nothing to withdraw: VLANs 105-106 is not declared on every port\n");
+}
+
+TEST_F(AgentControlTest, ATalkerIsWithdrawnByItsStreamIdAlone) {
+  const MrpRun declared = agent.ctl({"declare", R"({"port": "mrpnone0", "app": "msrp", "talkerAdvertise": {
+    "streamId": "00:1b:21:00:00:01:00:01", "destination": "91:e0:f0:00:fe:01", "vlan": 2, "maxFrameSize": 100,
+    "maxIntervalFrames": 1, "priority": 3, "rank": 1, "latency": 1000}})"});
+  ASSERT_EQ(declared.status, 0) << declared.err;
+  const std::string byStream = R"({"port": "mrpnone0", "app": "msrp", "talkerAdvertise": {"streamId": "00:1b:21:00:00:01:00:01"}})";
+  const MrpRun withdrawn = agent.ctl({"withdraw", byStream});
+  EXPECT_EQ(withdrawn.status, 0) << withdrawn.err;
+  EXPECT_EQ(withdrawn.out, "withdrew talker 00:1b:21:00:00:01:00:01 (91:e0:f0:00:fe:01, VLAN 2) on mrpnone0\n");
+  const MrpRun again = agent.ctl({"withdraw", byStream});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_EQ(again.err, "mrp ctl: nothing to withdraw: no talker 00:1b:21:00:00:01:00:01 is declared on mrpnone0\n");
 }
 
 TEST_F(AgentControlTest, PortsCountersAndAnEmptyTable) {

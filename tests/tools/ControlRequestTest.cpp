@@ -1,5 +1,6 @@
 #include "ControlRequest.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -27,8 +28,8 @@ TEST(ControlRequestTest, ADeclarationOnAPortNamesThePortAndTheValue) {
   const auto request = requestOf(R"({"command": "declare", "attribute": {"port": "eth2", "app": "mvrp", "vlan": 10}})");
   EXPECT_EQ(request.command, Command::declare);
   EXPECT_EQ(request.port, "eth2");
-  ASSERT_TRUE(request.value);
-  EXPECT_EQ(MrpCli::valueText(*request.value), "VLAN 10");
+  ASSERT_EQ(request.values.size(), 1U);
+  EXPECT_EQ(MrpCli::valueText(request.values.front()), "VLAN 10");
 }
 
 TEST(ControlRequestTest, AWithdrawalWithoutAPortIsTheAgentsOwnOnEveryPort) {
@@ -36,8 +37,35 @@ TEST(ControlRequestTest, AWithdrawalWithoutAPortIsTheAgentsOwnOnEveryPort) {
       R"({"command": "withdraw", "attribute": {"app": "msrp", "listener": {"streamId": "00:1b:21:00:00:01:00:01", "declaration": "ready"}}})");
   EXPECT_EQ(request.command, Command::withdraw);
   EXPECT_FALSE(request.port);
-  ASSERT_TRUE(request.value);
-  EXPECT_EQ(MrpCli::valueText(*request.value), "listener 00:1b:21:00:00:01:00:01 ready");
+  ASSERT_EQ(request.values.size(), 1U);
+  EXPECT_EQ(MrpCli::valueText(request.values.front()), "listener 00:1b:21:00:00:01:00:01 ready");
+}
+
+TEST(ControlRequestTest, AVlanListStandsForOneValuePerVlanInTheOrderListed) {
+  const auto request = requestOf(R"({"command": "declare", "attribute": {"app": "mvrp", "vlans": "20-22, 10"}})");
+  std::vector<std::string> texts;
+  for (const auto& value : request.values) texts.push_back(MrpCli::valueText(value));
+  EXPECT_EQ(texts, (std::vector<std::string>{"VLAN 20", "VLAN 21", "VLAN 22", "VLAN 10"}));
+  EXPECT_FALSE(request.talkerStreamId);
+}
+
+TEST(ControlRequestTest, ATalkerIsWithdrawnByItsStreamIdAlone) {
+  const auto request = requestOf(
+      R"({"command": "withdraw", "attribute": {"port": "eth1", "app": "msrp", "talkerAdvertise": {"streamId": "00:1b:21:00:00:01:00:02"}}})");
+  ASSERT_TRUE(request.talkerStreamId);
+  EXPECT_EQ(*request.talkerStreamId, 0x001b210000010002ULL);
+  EXPECT_TRUE(request.values.empty());
+  EXPECT_EQ(request.port, "eth1");
+}
+
+TEST(ControlRequestTest, AWholeTalkerIsWithdrawnAsTheValueItNames) {
+  const auto request = requestOf(
+      R"({"command": "withdraw", "attribute": {"app": "msrp", "talkerAdvertise": {"streamId": "00:1b:21:00:00:01:00:01",
+          "destination": "91:e0:f0:00:fe:01", "vlan": 2, "maxFrameSize": 100, "maxIntervalFrames": 1, "priority": 3,
+          "rank": 1, "latency": 1000}}})");
+  EXPECT_FALSE(request.talkerStreamId);
+  ASSERT_EQ(request.values.size(), 1U);
+  EXPECT_EQ(MrpCli::valueText(request.values.front()), "talker 00:1b:21:00:00:01:00:01 (91:e0:f0:00:fe:01, VLAN 2)");
 }
 
 TEST(ControlRequestTest, CommandsWithoutArgumentsAndTrace) {
@@ -88,8 +116,22 @@ INSTANTIATE_TEST_SUITE_P(
                    "attribute.app: 'msrp' is not among the applications"},
         BadRequest{R"({"command": "withdraw", "attribute": {"app": "mvrp", "vlan": 10, "bridge": "sw1"}})",
                    "attribute.bridge: unknown field"},
-        BadRequest{R"({"command": "withdraw", "attribute": {"app": "mvrp"}})", "attribute: one value is needed: vlan"},
+        BadRequest{R"({"command": "withdraw", "attribute": {"app": "mvrp"}})",
+                   "attribute: one value is needed: vlan or vlans"},
+        BadRequest{R"({"command": "declare", "attribute": {"app": "mvrp", "vlans": "10-5000"}})",
+                   "attribute.vlans: 5000 is not a VLAN id (1..4094)"},
         BadRequest{R"({"command": "trace"})", "levels: missing"}));
+
+TEST(ControlRequestTest, ADeclarationNeedsTheWholeTalker) {
+  try {
+    requestOf(R"({"command": "declare", "attribute": {"app": "msrp", "talkerAdvertise": {"streamId": "00:1b:21:00:00:01:00:01"}}})");
+    FAIL() << "a talker named by its stream id alone was declared";
+  } catch (const MrpCli::JsonInputError& error) {
+    // Which missing field is named first is the compiler's choice.
+    EXPECT_THAT(error.what(), ::testing::StartsWith("attribute.talkerAdvertise."));
+    EXPECT_THAT(error.what(), ::testing::EndsWith(": missing"));
+  }
+}
 
 }  // namespace
 }  // namespace MrpTest

@@ -1,17 +1,12 @@
 #include "Agent.h"
 
-#include <signal.h>
-
 #include <algorithm>
 #include <ostream>
 
 #include "Applications.h"
-#include "JsonNode.h"
-#include "RegistrationText.h"
-#include "TextTable.h"
-#include "ValueText.h"
+#include "AttributeMessage.h"
+#include "WallTime.h"
 #include "quarn/System.h"
-#include "quarn/Trace.h"
 #include "velo/PacketSocketPam.h"
 
 namespace MrpCli {
@@ -19,22 +14,13 @@ namespace MrpCli {
 namespace {
 
 // How long the loop runs after the last Lv messages were handed to the
-// ports: the engines send what is left on their 0.1 s transmit timer.
+// ports: the engine sends what is left on its 0.1 s transmit timer.
 constexpr Quarn::Seconds kFlushSeconds = 0.3;
 
 bool samePlace(const MrpAgent::AttributeValue& a, const std::optional<std::string>& portA,
                const MrpAgent::AttributeValue& b, const std::optional<std::string>& portB) {
   return a.application() == b.application() && a.attributeType() == b.attributeType() &&
          a.attributeKey() == b.attributeKey() && portA == portB;
-}
-
-std::string whereText(const std::optional<std::string>& port) { return port ? "on " + *port : "on every port"; }
-
-nlohmann::ordered_json declarationJson(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port) {
-  nlohmann::ordered_json json = {{"app", applicationName(value.application())}};
-  if (port) json["port"] = *port;
-  valueJsonAdd(json, value);
-  return json;
 }
 
 }  // namespace
@@ -45,18 +31,14 @@ Agent::ProcessClock::ProcessClock(const Quarn::Ptr<Quarn::EventLoop>& loop) {
 
 Agent::ProcessClock::~ProcessClock() { Quarn::System::clockIs(nullptr); }
 
-Agent::Agent(Options options, Timeline& timeline, std::ostream& log)
+Agent::Agent(Options options, Quarn::Ptr<Quarn::EventLoop> loop, Timeline& timeline, std::ostream& log)
     : options_(std::move(options)),
+      loop_(std::move(loop)),
       timeline_(timeline),
       log_(log),
-      loop_(Quarn::EventLoop::realLoopNew()),
       processClock_(loop_),
-      start_(loop_->clock().now()),
-      bridge_(kBridgeName, options_.applications, options_.config, new Velo::PacketSocketPamFactory(loop_)),
-      control_(
-          loop_, options_.controlPath, [this](const std::string& request) { return answer(request); },
-          [this](const std::string& line) { log_ << "mrp agent: " << line << std::endl; }),
-      signals_(loop_, {SIGINT, SIGTERM}, [this](int) { loop_->stop(); }),
+      stampEnd_(&loop_->clock(), this),
+      bridge_(kBridgeName, {options_.application}, options_.config, new Velo::PacketSocketPamFactory(loop_)),
       ports_(loop_, options_.ports, this) {
   bridge_.observerIs(this);
   ports_.doRefresh();
@@ -65,27 +47,43 @@ Agent::Agent(Options options, Timeline& timeline, std::ostream& log)
 // The bridge goes while the loop's clock is still the process's.
 Agent::~Agent() { bridge_.observerIs(nullptr); }
 
-void Agent::run() {
-  loop_->run();
-  doStop();
+void Agent::declare(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port) {
+  std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, port); });
+  declared_.push_back({value, port});
+  bridge_.declare(value, port);
+  timeline_.requested(placeOf(port.value_or("")), value, false);
+}
+
+void Agent::withdraw(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port) {
+  std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, port); });
+  bridge_.withdraw(value, port);
+  timeline_.requested(placeOf(port.value_or("")), value, true);
 }
 
 void Agent::doStop() {
+  for (const auto& [port, value] : bridge_.declarations()) timeline_.requested(placeOf(port), value, true);
   bridge_.withdrawAll();
-  loop_->runUntilIdle();  // the bridge passes the withdrawals to its engines
+  loop_->runUntilIdle();  // the bridge passes the withdrawals to its engine
   doFlush();
 }
 
 void Agent::doFlush() {
-  for (Mrp::MrpApplication application : bridge_.applications()) {
-    if (Mrp::MrpSm* engine = bridge_.engine(application); engine && engine->active()) engine->mrpTransmitTxAttributes();
+  if (Mrp::MrpSm* engine = bridge_.engine(options_.application); engine && engine->active()) {
+    engine->mrpTransmitTxAttributes();
   }
   const Quarn::Seconds end = loop_->clock().now() + kFlushSeconds;
   for (Quarn::Seconds now = loop_->clock().now(); now < end; now = loop_->clock().now()) loop_->runOnce(end - now);
 }
 
 TimelinePlace Agent::placeOf(const std::string& port) const {
-  return {loop_->clock().now() - start_, kBridgeName, port};
+  if (!stamp_) {
+    const Quarn::Seconds now = loop_->clock().now();
+    stamp_ = TimelinePlace{now - options_.origin, kBridgeName, "", wallTimeNow()};
+    stampEnd_.timeIs(now);
+  }
+  TimelinePlace place = *stamp_;
+  place.port = port;
+  return place;
 }
 
 void Agent::onJoin(const MrpAgent::Bridge&, const std::string& port, const MrpAgent::AttributeValue& value) {
@@ -94,6 +92,11 @@ void Agent::onJoin(const MrpAgent::Bridge&, const std::string& port, const MrpAg
 
 void Agent::onLeave(const MrpAgent::Bridge&, const std::string& port, const MrpAgent::AttributeValue& value) {
   timeline_.indicated(placeOf(port), value, false);
+}
+
+void Agent::onForget(const MrpAgent::Bridge&, const std::string& port, const MrpAgent::AttributeValue& value,
+                     MrpAgent::Bridge::ForgetCause cause) {
+  timeline_.forgot(placeOf(port), value, cause);
 }
 
 void Agent::onPortState(const std::string& port, PortWatcher::State state) {
@@ -107,141 +110,53 @@ void Agent::onPortState(const std::string& port, PortWatcher::State state) {
 
 void Agent::doOpen(const std::string& port) {
   bridge_.portIs(port);
-  const Velo::IntfId intfId(port);
-  for (Mrp::MrpApplication application : bridge_.applications()) {
-    const Mrp::MrpSm& engine = *bridge_.engine(application);
-    if (engine.pamCollection()->intfPam(intfId)) continue;
-    const auto status = engine.deviceIntfStatusDir()->deviceIntfStatus(intfId);
-    log_ << "mrp agent: " << port << ": " << applicationName(application)
-         << " cannot use the port: " << (status ? status->pamError() : std::string("no socket")) << std::endl;
+  const std::string socket = socketState(port);
+  if (socket != "open") {
+    log_ << "mrp agent: " << port << ": " << applicationName(options_.application)
+         << " cannot use the port: " << socket << std::endl;
   }
   for (const Declaration& declaration : declared_) {
     if (declaration.port == port) bridge_.declare(declaration.value, port);
   }
+  bridge_.leaveAllIs(port);
 }
 
-ControlAnswer Agent::answer(const std::string& text) {
-  ControlRequest request;
-  try {
-    request = controlRequestFromJson(text, options_.ports, bridge_.applications());
-  } catch (const JsonInputError& error) {
-    log_ << "mrp agent: control: request refused: " << error.what() << std::endl;
-    return ControlAnswer::failure(error.what());
+std::string Agent::socketState(const std::string& port) const {
+  const Mrp::MrpSm& engine = *bridge_.engine(options_.application);
+  const Velo::IntfId intfId(port);
+  if (engine.pamCollection()->intfPam(intfId)) return "open";
+  const auto status = engine.deviceIntfStatusDir()->deviceIntfStatus(intfId);
+  return status && !status->pamError().empty() ? status->pamError() : "closed";
+}
+
+nlohmann::ordered_json Agent::registrationsMessage() const {
+  nlohmann::ordered_json entries = nlohmann::ordered_json::array();
+  for (const MrpAgent::Registration& held : bridge_.registrations()) {
+    entries.push_back({{"port", held.port},
+                       {"attribute", attributeMessage(held.value)},
+                       {"registrar", static_cast<unsigned>(held.registrar)},
+                       {"applicant", static_cast<unsigned>(held.applicant)}});
   }
-  switch (request.command) {
-    case ControlRequest::Command::declare:
-      return doDeclare(request);
-    case ControlRequest::Command::withdraw:
-      return doWithdraw(request);
-    case ControlRequest::Command::show:
-      return doShow();
-    case ControlRequest::Command::counters:
-      return doCounters();
-    case ControlRequest::Command::ports:
-      return doPorts();
-    case ControlRequest::Command::trace:
-      return doTrace(request);
-  }
-  return ControlAnswer::failure("unknown command");
+  return entries;
 }
 
-ControlAnswer Agent::doDeclare(const ControlRequest& request) {
-  const MrpAgent::AttributeValue& value = *request.value;
-  std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, request.port); });
-  declared_.push_back({value, request.port});
-  bridge_.declare(value, request.port);
-  timeline_.requested(placeOf(request.port.value_or("")), value, false);
-  ControlAnswer answer;
-  answer.result = {{"declared", declarationJson(value, request.port)}};
-  answer.text = "declared " + valueText(value) + " " + whereText(request.port) + "\n";
-  return answer;
-}
-
-ControlAnswer Agent::doWithdraw(const ControlRequest& request) {
-  const MrpAgent::AttributeValue& value = *request.value;
-  const auto removed =
-      std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, request.port); });
-  if (removed == 0) {
-    return ControlAnswer::failure("nothing to withdraw: " + valueText(value) + " is not declared " +
-                                  whereText(request.port));
-  }
-  bridge_.withdraw(value, request.port);
-  timeline_.requested(placeOf(request.port.value_or("")), value, true);
-  ControlAnswer answer;
-  answer.result = {{"withdrawn", declarationJson(value, request.port)}};
-  answer.text = "withdrew " + valueText(value) + " " + whereText(request.port) + "\n";
-  return answer;
-}
-
-ControlAnswer Agent::doShow() const {
-  const std::vector<MrpAgent::Registration> held = bridge_.registrations();
-  ControlAnswer answer;
-  answer.result = {{"registrations", registrationsJson(held)}};
-  answer.text = registrationTable(held);
-  return answer;
-}
-
-ControlAnswer Agent::doCounters() const {
-  ControlAnswer answer;
-  std::vector<std::vector<std::string>> rows{{"app", "counter", "value"}};
-  for (Mrp::MrpApplication application : options_.applications) {
-    const Mrp::MrpSm* engine = bridge_.engine(application);
-    if (!engine->active()) continue;
-    const Mrp::MrpCounters& counters = *engine->mrpCounters();
-    nlohmann::ordered_json values = nlohmann::ordered_json::object();
-#define MRP_AGENT_COUNTER(counter)                                                           \
-  values[#counter] = counters.counter();                                                     \
-  rows.push_back({applicationName(application), #counter, std::to_string(counters.counter())});
-    MRP_COUNTERS(MRP_AGENT_COUNTER)
+nlohmann::ordered_json Agent::countersMessage() const {
+  nlohmann::ordered_json values = nlohmann::ordered_json::object();
+  const Mrp::MrpSm* engine = bridge_.engine(options_.application);
+  if (!engine->active()) return values;
+  const Mrp::MrpCounters& counters = *engine->mrpCounters();
+#define MRP_AGENT_COUNTER(counter) values[#counter] = counters.counter();
+  MRP_COUNTERS(MRP_AGENT_COUNTER)
 #undef MRP_AGENT_COUNTER
-    answer.result[applicationName(application)] = std::move(values);
-  }
-  answer.text = textTable(rows);
-  return answer;
+  return values;
 }
 
-ControlAnswer Agent::doPorts() const {
-  ControlAnswer answer;
-  std::vector<std::string> heading{"port", "state"};
-  for (Mrp::MrpApplication application : options_.applications) heading.push_back(applicationName(application));
-  std::vector<std::vector<std::string>> rows{heading};
+nlohmann::ordered_json Agent::portsMessage() const {
   nlohmann::ordered_json ports = nlohmann::ordered_json::array();
   for (const std::string& port : options_.ports) {
-    const char* state = portStateName(ports_.state(port));
-    nlohmann::ordered_json sockets = nlohmann::ordered_json::object();
-    std::vector<std::string> row{port, state};
-    for (Mrp::MrpApplication application : options_.applications) {
-      const Mrp::MrpSm& engine = *bridge_.engine(application);
-      const Velo::IntfId intfId(port);
-      std::string socket = "closed";
-      if (engine.pamCollection()->intfPam(intfId)) {
-        socket = "open";
-      } else if (const auto status = engine.deviceIntfStatusDir()->deviceIntfStatus(intfId);
-                 status && !status->pamError().empty()) {
-        socket = status->pamError();
-      }
-      sockets[applicationName(application)] = socket;
-      row.push_back(socket);
-    }
-    ports.push_back({{"port", port}, {"state", state}, {"sockets", std::move(sockets)}});
-    rows.push_back(std::move(row));
+    ports.push_back({{"port", port}, {"state", portStateName(ports_.state(port))}, {"socket", socketState(port)}});
   }
-  answer.result = {{"ports", std::move(ports)}};
-  answer.text = textTable(rows);
-  return answer;
-}
-
-ControlAnswer Agent::doTrace(const ControlRequest& request) {
-  if (request.traceLevels == "off") {
-    Quarn::traceLevelsClear();
-  } else if (!Quarn::traceLevelsIs(request.traceLevels)) {
-    return ControlAnswer::failure("levels: '" + request.traceLevels +
-                                  "' is not a trace selection (e.g. MrpSm/0-9,Velo/4 or */0-4; off for none)");
-  }
-  ControlAnswer answer;
-  answer.result = {{"levels", request.traceLevels}};
-  answer.text = "trace levels " + request.traceLevels + "\n";
-  return answer;
+  return ports;
 }
 
 }  // namespace MrpCli

@@ -1,34 +1,28 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include <iosfwd>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Bridge.h"
-#include "ControlAnswer.h"
-#include "ControlRequest.h"
-#include "ControlServer.h"
 #include "PortWatcher.h"
-#include "SignalWatcher.h"
 #include "Timeline.h"
 #include "quarn/EventLoop.h"
 
 namespace MrpCli {
 
-// The reference agent on real Linux ports: the bridge of `mrp sim` on the
-// real clock and the epoll loop, its ports Linux interfaces opened with
-// packet sockets (one per port and application), controlled through a Unix
-// socket while it runs.
+// The bridge of one application on real Linux ports: what an agent's worker
+// process runs. Its ports are Linux interfaces opened with packet sockets
+// on the real clock and the worker's loop.
 //
 // A port is open on the bridge while its interface exists and is up; one
-// that goes down or is deleted is closed (its registrations go with it) and
-// opened again when it is back. What the agent was asked to declare on a
-// port is declared again when the port comes back.
-//
-// SIGINT and SIGTERM end run(): the bridge withdraws every declaration it
-// makes, and the Lv messages are sent before run() returns.
+// that goes down or is deleted is closed (its registrations go with it, each
+// told to the timeline) and opened again when it is back. A port that opens
+// gets a LeaveAll, so that its neighbour declares everything again at once.
+// What the agent was asked to declare on a port is declared again then.
 class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
  public:
   // The name the bridge has in the timeline.
@@ -36,28 +30,43 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
 
   struct Options {
     std::vector<std::string> ports;
-    std::vector<Mrp::MrpApplication> applications;
+    Mrp::MrpApplication application = Mrp::MrpApplication::mvrp;
     MrpAgent::BridgeConfig config;
-    std::string controlPath;
+    // The time on the loop's clock that the timeline counts from.
+    Quarn::Seconds origin = 0;
   };
 
   // Registrations, requests and port changes go to `timeline`; what goes
   // wrong to `log`, one line each. Installs the loop's clock as the
-  // process's. Throws std::system_error when the control socket or the
-  // watches cannot be set up.
-  Agent(Options options, Timeline& timeline, std::ostream& log);
+  // process's. Throws std::system_error when the ports cannot be watched.
+  Agent(Options options, Quarn::Ptr<Quarn::EventLoop> loop, Timeline& timeline, std::ostream& log);
   ~Agent() override;
   Agent(const Agent&) = delete;
   Agent& operator=(const Agent&) = delete;
 
-  // Runs until SIGINT or SIGTERM, then withdraws and flushes.
-  void run();
-  // Carries out one control request (a line of JSON).
-  ControlAnswer answer(const std::string& request);
+  Mrp::MrpApplication application() const { return options_.application; }
+
+  // Declares or withdraws a value on a port, or on every port without one.
+  void declare(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port);
+  void withdraw(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port);
+
+  // What the engine holds: [{"port", "attribute", "registrar", "applicant"}]
+  // with the attribute as attributeMessage() writes it and the states as codes.
+  nlohmann::ordered_json registrationsMessage() const;
+  // The engine's counters by name; empty while it is not active.
+  nlohmann::ordered_json countersMessage() const;
+  // Each port: [{"port", "state", "socket"}], socket "open", "closed" or why not.
+  nlohmann::ordered_json portsMessage() const;
+
+  // Withdraws every declaration the bridge makes (each told to the
+  // timeline) and sends the Lv messages: for an agent that is going away.
+  void doStop();
 
   // MrpAgent::Bridge::Observer
   void onJoin(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value) override;
   void onLeave(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value) override;
+  void onForget(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value,
+                MrpAgent::Bridge::ForgetCause cause) override;
   // PortWatcher::Observer
   void onPortState(const std::string& port, PortWatcher::State state) override;
 
@@ -77,30 +86,34 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
     ProcessClock& operator=(const ProcessClock&) = delete;
   };
 
+  // Forgets the time stamp of a dispatch once it is over.
+  class StampEnd : public Quarn::Clock::Notifiee {
+   public:
+    StampEnd(Quarn::Clock* clock, Agent* owner) : Notifiee(clock), owner_(owner) {}
+    void onTime() override { owner_->stamp_.reset(); }
+
+   private:
+    Agent* owner_;
+  };
+
   void doOpen(const std::string& port);
-  void doStop();
-  // Sends what the engines hold back, then lets the loop run a moment for
-  // what their transmit timers still have.
+  // Sends what the engine holds back, then lets the loop run a moment for
+  // what its transmit timer still has.
   void doFlush();
   TimelinePlace placeOf(const std::string& port) const;
-
-  ControlAnswer doDeclare(const ControlRequest& request);
-  ControlAnswer doWithdraw(const ControlRequest& request);
-  ControlAnswer doShow() const;
-  ControlAnswer doCounters() const;
-  ControlAnswer doPorts() const;
-  ControlAnswer doTrace(const ControlRequest& request);
+  std::string socketState(const std::string& port) const;
 
   Options options_;
+  Quarn::Ptr<Quarn::EventLoop> loop_;
   Timeline& timeline_;
   std::ostream& log_;
-  Quarn::Ptr<Quarn::EventLoop> loop_;
   ProcessClock processClock_;
-  Quarn::Seconds start_;
+  // The time of what happens in one dispatch of the loop: what one frame
+  // or one timer does shares a time, and its lines can be read as one.
+  mutable std::optional<TimelinePlace> stamp_;
+  mutable StampEnd stampEnd_;
   MrpAgent::Bridge bridge_;
   std::vector<Declaration> declared_;
-  ControlServer control_;
-  SignalWatcher signals_;
   PortWatcher ports_;
 };
 

@@ -1,7 +1,14 @@
 #include "AgentCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <arpa/inet.h>
+#include <linux/if_ether.h>
 #include <net/if.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 #include <algorithm>
 #include <fstream>
@@ -11,6 +18,7 @@
 #include <system_error>
 
 #include "Agent.h"
+#include "AgentSupervisor.h"
 #include "AgentConfigReader.h"
 #include "Applications.h"
 #include "JsonTimeline.h"
@@ -35,6 +43,18 @@ CLI::Validator interfaceName() {
         return "'" + value + "' is not an interface name";
       },
       "");
+}
+
+// Why packet sockets cannot be had, when it is for lack of privilege: the
+// agent cannot work at all then, on any port.
+std::optional<std::string> packetSocketRefusal() {
+  const int fd = socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, htons(ETH_P_ALL));
+  if (fd >= 0) {
+    close(fd);
+    return std::nullopt;
+  }
+  if (errno != EPERM && errno != EACCES) return std::nullopt;
+  return std::strerror(errno);
 }
 
 }  // namespace
@@ -64,7 +84,7 @@ AgentCommand::AgentCommand(CLI::App& program)
 bool AgentCommand::chosen() const { return command_->parsed(); }
 
 int AgentCommand::run(std::ostream& out, std::ostream& err) const {
-  Agent::Options options;
+  AgentSupervisor::Options options;
   options.ports = ports_;
   for (const std::string& name : applications_) {
     const auto application = applicationNamed(name);
@@ -80,23 +100,31 @@ int AgentCommand::run(std::ostream& out, std::ostream& err) const {
     std::ostringstream text;
     text << in.rdbuf();
     try {
-      options.config = agentConfigFromJson(text.str(), ports_);
+      agentConfigFromJson(text.str(), ports_);
     } catch (const JsonInputError& error) {
       return fail(err, *configFile_ + ": " + error.what(), kBadInput);
     }
+    options.configText = text.str();
+  }
+  if (const auto refusal = packetSocketRefusal()) {
+    return fail(err,
+                ports_.front() + ": cannot open a packet socket: " + *refusal +
+                    " (run as root or with CAP_NET_RAW and CAP_NET_ADMIN)",
+                kFailed);
   }
 
   std::unique_ptr<Timeline> timeline;
   if (json_) {
     timeline = std::make_unique<JsonTimeline>(out);
   } else {
-    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, ports_);
+    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, ports_,
+                                              TextTimelineOptions{.wallClock = true});
   }
   // Each line as it happens: the log is read while the agent runs.
   out << std::unitbuf;
   try {
-    Agent agent(options, *timeline, err);
-    agent.run();
+    AgentSupervisor supervisor(options, *timeline, err);
+    supervisor.run();
   } catch (const std::system_error& error) {
     return fail(err, error.what(), kFailed);
   }

@@ -151,6 +151,17 @@ MrpAgent::AttributeValue attributeValueOf(const JsonNode& node, const std::vecto
   return valuesOf(node, applications, false).front();
 }
 
+std::optional<std::uint64_t> talkerNamedByStreamId(const JsonNode& node,
+                                                   const std::vector<Mrp::MrpApplication>& applications) {
+  if (!node.has("talkerAdvertise") || !node.has("app") || node.json()["app"] != "msrp") return std::nullopt;
+  if (std::find(applications.begin(), applications.end(), Mrp::MrpApplication::msrp) == applications.end()) {
+    return std::nullopt;
+  }
+  const JsonNode talker = node["talkerAdvertise"];
+  if (!talker.json().is_object() || talker.json().size() != 1 || !talker.has("streamId")) return std::nullopt;
+  return streamIdOf(talker["streamId"]);
+}
+
 std::vector<MrpAgent::AttributeValue> attributeValuesOf(const JsonNode& node,
                                                         const std::vector<Mrp::MrpApplication>& applications) {
   return valuesOf(node, applications, true);

@@ -2,7 +2,7 @@
 
 namespace MrpCli {
 
-std::string ControlAnswer::line() const {
+nlohmann::ordered_json ControlAnswer::json() const {
   nlohmann::ordered_json json = {{"ok", ok}};
   if (ok) {
     json["result"] = result;
@@ -10,8 +10,12 @@ std::string ControlAnswer::line() const {
   } else {
     json["error"] = error;
   }
+  return json;
+}
+
+std::string ControlAnswer::line() const {
   // An answer may hold any bytes a port or value name brought along.
-  return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  return json().dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 std::optional<ControlAnswer> ControlAnswer::fromLine(const std::string& line) {

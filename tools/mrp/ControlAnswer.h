@@ -17,6 +17,8 @@ struct ControlAnswer {
   std::string text;
 
   static ControlAnswer failure(std::string error) { return {false, std::move(error), {}, {}}; }
+  // {"ok": ..., "result" and "text", or "error"}.
+  nlohmann::ordered_json json() const;
   // The line, without its newline.
   std::string line() const;
   // The answer a line carries; nullopt for a line that is not one.

@@ -36,7 +36,7 @@ Command commandOf(const JsonNode& node) {
 
 void readAttribute(const JsonNode& node, const std::vector<std::string>& ports,
                    const std::vector<Mrp::MrpApplication>& applications, ControlRequest& request) {
-  node.object({"port", "app", "vlan", "talkerAdvertise", "listener", "domain"});
+  node.object({"port", "app", "vlan", "vlans", "talkerAdvertise", "listener", "domain"});
   if (node.has("port")) {
     const JsonNode port = node["port"];
     const std::string name = port.string();
@@ -45,7 +45,8 @@ void readAttribute(const JsonNode& node, const std::vector<std::string>& ports,
     }
     request.port = name;
   }
-  request.value = attributeValueOf(node, applications);
+  if (request.command == Command::withdraw) request.talkerStreamId = talkerNamedByStreamId(node, applications);
+  if (!request.talkerStreamId) request.values = attributeValuesOf(node, applications);
 }
 
 }  // namespace

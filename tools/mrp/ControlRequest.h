@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,14 +16,18 @@ namespace MrpCli {
 //   {"command": "withdraw", "attribute": {"app": "mvrp", "vlan": 10}}
 //   {"command": "show"}   {"command": "counters"}   {"command": "ports"}
 //   {"command": "trace", "levels": "MrpSm/0-9"}
-// An attribute is written as in a scenario's declare, without the bridge:
-// with "port", an end station's declaration on that port; without, the
-// agent's own on every port.
+// An attribute is written as in a scenario's declare, without the bridge
+// ("vlans" lists included): with "port", an end station's declaration on
+// that port; without, the agent's own on every port. A talker is withdrawn
+// by its stream id alone: {"app": "msrp", "talkerAdvertise": {"streamId": ...}}.
 struct ControlRequest {
   enum class Command { declare, withdraw, show, counters, ports, trace };
 
   Command command = Command::show;
-  std::optional<MrpAgent::AttributeValue> value;
+  // One value, or one per VLAN of a "vlans" list.
+  std::vector<MrpAgent::AttributeValue> values;
+  // A withdrawal of the talker declared under this stream id.
+  std::optional<std::uint64_t> talkerStreamId;
   std::optional<std::string> port;
   std::string traceLevels;
 };

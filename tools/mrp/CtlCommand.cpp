@@ -6,6 +6,7 @@
 
 #include "ControlAnswer.h"
 #include "ControlClient.h"
+#include "ControlRequest.h"
 #include "JsonLine.h"
 #include "JsonNode.h"
 
@@ -13,13 +14,29 @@ namespace MrpCli {
 
 namespace {
 
+// Exit statuses: the request was not carried out (the agent refused it,
+// or could not be reached); mrp ctl itself was used wrongly.
 constexpr int kRefused = 1;
 constexpr int kBadArguments = 2;
 
-int fail(std::ostream& err, const std::string& message, int status) {
-  err << "mrp ctl: " << message << '\n';
+bool isCommand(const std::string& word) {
+  const std::string names = ", " + controlCommandNames() + ",";
+  return names.find(", " + word + ",") != std::string::npos;
+}
+
+}  // namespace
+
+// With --json an error is an answer too, on stdout: {"ok": false, "error": "..."}.
+int CtlCommand::fail(std::ostream& out, std::ostream& err, const std::string& message, int status) const {
+  if (json_) {
+    out << jsonLine(ControlAnswer::failure(message).json()) << '\n';
+  } else {
+    err << "mrp ctl: " << message << '\n';
+  }
   return status;
 }
+
+namespace {
 
 }  // namespace
 
@@ -43,30 +60,33 @@ CtlCommand::CtlCommand(CLI::App& program)
 bool CtlCommand::chosen() const { return command_->parsed(); }
 
 int CtlCommand::run(std::ostream& out, std::ostream& err) const {
+  if (!isCommand(word_)) {
+    return fail(out, err, "unknown command '" + word_ + "' (" + controlCommandNames() + ")", kBadArguments);
+  }
   nlohmann::ordered_json request = {{"command", word_}};
   if (word_ == "declare" || word_ == "withdraw") {
-    if (!argument_) return fail(err, word_ + " needs an attribute, e.g. '{\"app\": \"mvrp\", \"vlan\": 10}'", kBadArguments);
+    if (!argument_) return fail(out, err, word_ + " needs an attribute, e.g. '{\"app\": \"mvrp\", \"vlan\": 10}'", kBadArguments);
     try {
       request["attribute"] = jsonParsed(*argument_);
     } catch (const JsonInputError& error) {
-      return fail(err, "ATTRIBUTE: " + std::string(error.what()), kBadArguments);
+      return fail(out, err, "ATTRIBUTE: " + std::string(error.what()), kBadArguments);
     }
   } else if (word_ == "trace") {
-    if (!argument_) return fail(err, "trace needs levels, e.g. MrpSm/0-9 (or off)", kBadArguments);
+    if (!argument_) return fail(out, err, "trace needs levels, e.g. MrpSm/0-9 (or off)", kBadArguments);
     request["levels"] = *argument_;
   } else if (argument_) {
-    return fail(err, word_ + " takes no argument", kBadArguments);
+    return fail(out, err, word_ + " takes no argument", kBadArguments);
   }
 
   std::string line;
   try {
     line = controlExchange(controlPath_, request.dump());
   } catch (const ControlClientError& error) {
-    return fail(err, error.what(), kRefused);
+    return fail(out, err, error.what(), kRefused);
   }
   const std::optional<ControlAnswer> answer = ControlAnswer::fromLine(line);
-  if (!answer) return fail(err, "the agent's answer is not one: " + line, kRefused);
-  if (!answer->ok) return fail(err, answer->error, kRefused);
+  if (!answer) return fail(out, err, "the agent's answer is not one: " + line, kRefused);
+  if (!answer->ok) return fail(out, err, answer->error, kRefused);
   if (json_) {
     out << jsonLine(answer->result) << '\n';
   } else {

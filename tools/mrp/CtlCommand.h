@@ -23,12 +23,15 @@ class CtlCommand {
 
   bool chosen() const;
   // Prints the agent's answer (its text, or its result as one JSON line
-  // with --json) and returns 0; prints one error line on `err` and returns
-  // 1 when the agent refused the request or could not be reached, 2 for an
-  // argument that cannot make a request.
+  // with --json) and returns 0. Otherwise prints one error line (on `err`,
+  // or with --json as {"ok": false, "error": ...} on `out`) and returns 1
+  // when the agent refused the request or could not be reached, 2 for a
+  // command or argument that cannot make a request.
   int run(std::ostream& out, std::ostream& err) const;
 
  private:
+  int fail(std::ostream& out, std::ostream& err, const std::string& message, int status) const;
+
   CLI::App* command_;
   std::string controlPath_ = AgentCommand::kDefaultControlPath;
   bool json_ = false;

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "AgentCommand.h"
+#include "AgentWorkerCommand.h"
 #include "CtlCommand.h"
 #include "DecodeCommand.h"
 #include "ReplayCommand.h"
@@ -26,7 +27,7 @@ std::string commandPath(const CLI::App& program) {
 // "decode, sim": the subcommands there are.
 std::string commandNames(CLI::App& program) {
   std::string names;
-  for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
+  for (const CLI::App* command : program.get_subcommands([](const CLI::App* c) { return !c->get_group().empty(); })) {
     names += (names.empty() ? "" : ", ") + command->get_name();
   }
   return names;
@@ -54,6 +55,7 @@ int runMrp(const std::vector<std::string>& args, std::istream& in, std::ostream&
   const ReplayCommand replay(program);
   const AgentCommand agent(program);
   const CtlCommand ctl(program);
+  const AgentWorkerCommand worker(program);
 
   try {
     std::vector<std::string> reversed(args.rbegin(), args.rend());  // the order CLI11 consumes
@@ -69,6 +71,7 @@ int runMrp(const std::vector<std::string>& args, std::istream& in, std::ostream&
   if (replay.chosen()) return replay.run(out, err);
   if (agent.chosen()) return agent.run(out, err);
   if (ctl.chosen()) return ctl.run(out, err);
+  if (worker.chosen()) return worker.run(err);
   return decode.run(in, out, err);
 }
 
