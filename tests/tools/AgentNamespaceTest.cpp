@@ -243,6 +243,7 @@ TEST_F(AgentNamespaceTest, VlansAndTalkersTravelBothWaysAndAListenerAnswers) {
   EXPECT_TRUE(secondsUntil(1, [&] { return a->registers("a0 msrp 3 " + kStreamA + " IN"); })) << a->process().out();
   EXPECT_THAT(a->process().out(), ::testing::HasSubstr("a0    msrp  join listener 00:1b:21:00:00:01:00:01 ready"));
   EXPECT_THAT(a->process().out(), ::testing::HasSubstr("a0    mvrp  join VLANs 20-22"));
+  EXPECT_THAT(b->process().out(), ::testing::HasSubstr("*     mvrp  declare VLANs 20-22\n"));
 
   declareOn(*a, R"({"app": "msrp", "talkerAdvertise": {"streamId": "00:1b:21:00:00:01:00:01"}})", "withdraw");
   declareOn(*b, kVlans20, "withdraw");

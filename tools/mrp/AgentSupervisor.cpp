@@ -126,17 +126,25 @@ void AgentSupervisor::onWorkerMessage(WorkerProcess&, const Json& message) {
 }
 
 void AgentSupervisor::onWorkerStarted(WorkerProcess& worker) {
+  // One message per port, so that what is declared again reads as one line per port.
+  std::map<std::optional<std::string>, std::vector<MrpAgent::AttributeValue>> byPort;
   for (const Declaration& declaration : declared_) {
-    if (applicationName(declaration.value.application()) == worker.name()) doSend(declaration, "declare");
+    if (applicationName(declaration.value.application()) == worker.name()) {
+      byPort[declaration.port].push_back(declaration.value);
+    }
   }
+  for (const auto& [port, values] : byPort) doSend("declare", values, port);
 }
 
-void AgentSupervisor::doSend(const Declaration& declaration, const char* verb) const {
-  WorkerProcess* worker = workerOf(declaration.value.application());
-  Json message = {{verb, attributeMessage(declaration.value)}};
-  if (declaration.port) message["port"] = *declaration.port;
+void AgentSupervisor::doSend(const char* verb, const std::vector<MrpAgent::AttributeValue>& values,
+                             const std::optional<std::string>& port) const {
+  if (values.empty()) return;
+  Json attributes = Json::array();
+  for (const MrpAgent::AttributeValue& value : values) attributes.push_back(attributeMessage(value));
+  Json message = {{verb, std::move(attributes)}};
+  if (port) message["port"] = *port;
   // A worker that is not running gets it when it is started again.
-  if (worker) worker->send(message);
+  if (WorkerProcess* worker = workerOf(values.front().application())) worker->send(message);
 }
 
 WorkerAnswers AgentSupervisor::answersTo(const Json& question) {
@@ -178,9 +186,9 @@ ControlAnswer AgentSupervisor::doDeclare(const ControlRequest& request) {
   for (const MrpAgent::AttributeValue& value : request.values) {
     std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, request.port); });
     declared_.push_back({value, request.port});
-    doSend(declared_.back(), "declare");
     answer.result["declared"].push_back(declarationJson(value, request.port));
   }
+  doSend("declare", request.values, request.port);
   answer.text = "declared " + valuesText(request.values) + " " + whereText(request.port) + "\n";
   return answer;
 }
@@ -203,10 +211,10 @@ ControlAnswer AgentSupervisor::doWithdraw(const ControlRequest& request) {
     auto it = std::find_if(declared_.begin(), declared_.end(),
                            [&](const Declaration& d) { return samePlace(d.value, d.port, value, request.port); });
     if (it == declared_.end()) continue;
-    doSend(*it, "withdraw");
     withdrawn.push_back(it->value);
     declared_.erase(it);
   }
+  doSend("withdraw", withdrawn, request.port);
   if (withdrawn.empty()) {
     return ControlAnswer::failure("nothing to withdraw: " + valuesText(named) + " is not declared " +
                                   whereText(request.port));

@@ -81,7 +81,9 @@ class AgentSupervisor : public WorkerProcess::Observer {
   };
 
   WorkerProcess* workerOf(Mrp::MrpApplication application) const;
-  void doSend(const Declaration& declaration, const char* verb) const;
+  // Hands the values of one request (one application's) to their worker.
+  void doSend(const char* verb, const std::vector<MrpAgent::AttributeValue>& values,
+              const std::optional<std::string>& port) const;
   void doStopWorkers();
   void handleSignal(int signo);
   // Each running worker's answer to a question, in the order of the applications.

@@ -102,10 +102,18 @@ void AgentWorker::handleMessage(const Json& message) {
 void AgentWorker::doCarryOut(const Json& message) {
   if (message.contains("stop")) {
     loop_->stop();
-  } else if (message.contains("declare")) {
-    if (const auto value = attributeFromMessage(message["declare"])) agent_->declare(*value, portOf(message));
-  } else if (message.contains("withdraw")) {
-    if (const auto value = attributeFromMessage(message["withdraw"])) agent_->withdraw(*value, portOf(message));
+  } else if (message.contains("declare") || message.contains("withdraw")) {
+    const bool declare = message.contains("declare");
+    const Json& attributes = message[declare ? "declare" : "withdraw"];
+    for (const Json& attribute : attributes.is_array() ? attributes : Json::array()) {
+      const auto value = attributeFromMessage(attribute);
+      if (!value) continue;
+      if (declare) {
+        agent_->declare(*value, portOf(message));
+      } else {
+        agent_->withdraw(*value, portOf(message));
+      }
+    }
   } else if (message.contains("ask") && message["ask"].is_string()) {
     channel_.send({{"id", message.value("id", 0)}, {"answer", answerOf(message["ask"].get<std::string>())}});
   } else if (message.contains("trace") && message["trace"].is_string()) {

@@ -20,7 +20,7 @@ namespace MrpCli {
 //
 // It hears its supervisor on a channel (WorkerChannel), one message a line:
 //   {"start": {"app": "msrp", "ports": [...], "config": "<file text>", "origin": 1234.5}}
-//   {"declare": <attribute>, "port": "eth1"}   {"withdraw": <attribute>}
+//   {"declare": [<attribute>, ...], "port": "eth1"}   {"withdraw": [<attribute>, ...]}
 //   {"ask": "show" | "counters" | "ports", "id": 7}   {"trace": "MrpSm/0-9", "id": 8}
 //   {"stop": true}
 // (attributes as attributeMessage() writes them; "port" absent for every

@@ -132,9 +132,9 @@ void Simulation::doPlug(const Scenario::Link& link, bool up) {
 
 void Simulation::doApply(const Scenario::Role& role) {
   MrpAgent::Bridge& target = bridge(role.bridge);
-  const Stp::MstiPortStatus::Role before = target.portRole(role.port);
+  // The change is told first: what the port forgets follows from it.
+  timeline_.roleChanged(placeOf(role.bridge, role.port), target.portRole(role.port), role.role);
   target.portRoleIs(role.port, role.role);
-  timeline_.roleChanged(placeOf(role.bridge, role.port), before, role.role);
 }
 
 void Simulation::doApply(const Scenario::Inject& inject) {
