@@ -73,6 +73,8 @@ class NetworkRecorder : public Bridge::Observer, public Velo::MemPam::Tap {
  public:
   void onJoin(const Bridge&, const std::string&, const AttributeValue&) override { ++joins; }
   void onLeave(const Bridge&, const std::string&, const AttributeValue&) override { ++leaves; }
+  // No port closes or stops forwarding in this network.
+  void onForget(const Bridge&, const std::string&, const AttributeValue&, Bridge::ForgetCause) override {}
 
   // The engines put a LeaveAll on the first vector of the frame that
   // carries it: after the Ethernet header, the protocol version, the
