@@ -17,12 +17,6 @@ namespace {
 // ports: the engine sends what is left on its 0.1 s transmit timer.
 constexpr Quarn::Seconds kFlushSeconds = 0.3;
 
-bool samePlace(const MrpAgent::AttributeValue& a, const std::optional<std::string>& portA,
-               const MrpAgent::AttributeValue& b, const std::optional<std::string>& portB) {
-  return a.application() == b.application() && a.attributeType() == b.attributeType() &&
-         a.attributeKey() == b.attributeKey() && portA == portB;
-}
-
 }  // namespace
 
 Agent::ProcessClock::ProcessClock(const Quarn::Ptr<Quarn::EventLoop>& loop) {
@@ -48,14 +42,14 @@ Agent::Agent(Options options, Quarn::Ptr<Quarn::EventLoop> loop, Timeline& timel
 Agent::~Agent() { bridge_.observerIs(nullptr); }
 
 void Agent::declare(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port) {
-  std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, port); });
+  std::erase_if(declared_, [&](const Declaration& d) { return d.samePlaceAs(value, port); });
   declared_.push_back({value, port});
   bridge_.declare(value, port);
   timeline_.requested(placeOf(port.value_or("")), value, false);
 }
 
 void Agent::withdraw(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port) {
-  std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, port); });
+  std::erase_if(declared_, [&](const Declaration& d) { return d.samePlaceAs(value, port); });
   bridge_.withdraw(value, port);
   timeline_.requested(placeOf(port.value_or("")), value, true);
 }

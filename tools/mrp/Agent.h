@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Bridge.h"
+#include "Declaration.h"
 #include "PortWatcher.h"
 #include "Timeline.h"
 #include "quarn/EventLoop.h"
@@ -71,12 +72,6 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   void onPortState(const std::string& port, PortWatcher::State state) override;
 
  private:
-  // A declaration the agent was asked for: on one port, or on every port.
-  struct Declaration {
-    MrpAgent::AttributeValue value;
-    std::optional<std::string> port;
-  };
-
   // The loop's clock is the process's while the agent exists.
   class ProcessClock {
    public:

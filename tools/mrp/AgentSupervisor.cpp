@@ -22,12 +22,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-bool samePlace(const MrpAgent::AttributeValue& a, const std::optional<std::string>& portA,
-               const MrpAgent::AttributeValue& b, const std::optional<std::string>& portB) {
-  return a.application() == b.application() && a.attributeType() == b.attributeType() &&
-         a.attributeKey() == b.attributeKey() && portA == portB;
-}
-
 std::string whereText(const std::optional<std::string>& port) { return port ? "on " + *port : "on every port"; }
 
 Json declarationJson(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port) {
@@ -184,7 +178,7 @@ ControlAnswer AgentSupervisor::doDeclare(const ControlRequest& request) {
   ControlAnswer answer;
   answer.result["declared"] = Json::array();
   for (const MrpAgent::AttributeValue& value : request.values) {
-    std::erase_if(declared_, [&](const Declaration& d) { return samePlace(d.value, d.port, value, request.port); });
+    std::erase_if(declared_, [&](const Declaration& d) { return d.samePlaceAs(value, request.port); });
     declared_.push_back({value, request.port});
     answer.result["declared"].push_back(declarationJson(value, request.port));
   }
@@ -209,7 +203,7 @@ ControlAnswer AgentSupervisor::doWithdraw(const ControlRequest& request) {
   std::vector<MrpAgent::AttributeValue> withdrawn;
   for (const MrpAgent::AttributeValue& value : named) {
     auto it = std::find_if(declared_.begin(), declared_.end(),
-                           [&](const Declaration& d) { return samePlace(d.value, d.port, value, request.port); });
+                           [&](const Declaration& d) { return d.samePlaceAs(value, request.port); });
     if (it == declared_.end()) continue;
     withdrawn.push_back(it->value);
     declared_.erase(it);

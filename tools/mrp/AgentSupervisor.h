@@ -14,6 +14,7 @@
 #include "ControlMerge.h"
 #include "ControlRequest.h"
 #include "ControlServer.h"
+#include "Declaration.h"
 #include "SignalWatcher.h"
 #include "Timeline.h"
 #include "WorkerProcess.h"
@@ -64,12 +65,6 @@ class AgentSupervisor : public WorkerProcess::Observer {
   void onWorkerStarted(WorkerProcess& worker) override;
 
  private:
-  // A declaration `mrp ctl` asked for: on one port, or on every port.
-  struct Declaration {
-    MrpAgent::AttributeValue value;
-    std::optional<std::string> port;
-  };
-
   // Writes out the timeline's held-back lines once a dispatch is over.
   class FlushTimer : public Quarn::Clock::Notifiee {
    public:
