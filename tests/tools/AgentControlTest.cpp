@@ -238,6 +238,12 @@ TEST(AgentStartTest, AnUnknownKeyInTheConfigurationFileIsNamedAndNothingRuns) {
   EXPECT_NE(access(dir.file("agent.sock").c_str(), F_OK), 0);
 }
 
+TEST(AgentStartTest, AWorkerStartedByHandSaysWhatItIsForAndStops) {
+  ChildProcess worker({MRP_PROGRAM, "agent-worker", "msrp"});
+  EXPECT_EQ(worker.exitStatus(5), 2);
+  EXPECT_EQ(worker.err(), "mrp agent-worker: runs only as a worker that mrp agent starts\n");
+}
+
 TEST(AgentStartTest, MrpCtlWithoutAnAgentSaysWhereItLooked) {
   TempDir dir;
   const MrpRun run = mrp({"ctl", "--control", dir.file("none.sock"), "show"});

@@ -1,6 +1,10 @@
 #include "AgentWorkerCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <sys/socket.h>
+
+#include <ostream>
+#include <system_error>
 
 #include "AgentWorker.h"
 
@@ -10,6 +14,7 @@ namespace {
 
 // Where the agent puts the worker's end of the channel.
 constexpr int kChannelFd = 3;
+constexpr int kNotAWorker = 2;
 
 }  // namespace
 
@@ -22,8 +27,19 @@ AgentWorkerCommand::AgentWorkerCommand(CLI::App& program)
 bool AgentWorkerCommand::chosen() const { return command_->parsed(); }
 
 int AgentWorkerCommand::run(std::ostream& err) const {
-  AgentWorker worker(kChannelFd, application_, err);
-  return worker.run();
+  int type = 0;
+  socklen_t length = sizeof type;
+  if (getsockopt(kChannelFd, SOL_SOCKET, SO_TYPE, &type, &length) < 0 || type != SOCK_STREAM) {
+    err << "mrp agent-worker: runs only as a worker that mrp agent starts\n";
+    return kNotAWorker;
+  }
+  try {
+    AgentWorker worker(kChannelFd, application_, err);
+    return worker.run();
+  } catch (const std::system_error& error) {
+    err << "mrp agent: " << application_ << " worker: " << error.what() << '\n';
+    return 1;
+  }
 }
 
 }  // namespace MrpCli
