@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <ostream>
@@ -136,9 +135,7 @@ void WorkerProcess::doReport(int status) {
     if (!clean) log_ << "mrp agent: " << name_ << " worker " << exitText(status) << std::endl;
     return;
   }
-  const bool young = loop_->clock().now() - startedAt_ < kSettledSeconds;
-  restartSeconds_ = young ? std::min(restartSeconds_ * 2, kMaxRestartSeconds) : kRestartSeconds;
-  const double delay = young ? restartSeconds_ / 2 : kRestartSeconds;
+  const double delay = backoff_.delayAfter(loop_->clock().now() - startedAt_);
   log_ << "mrp agent: " << name_ << " worker " << exitText(status) << "; starting it again in " << secondsText(delay)
        << std::endl;
   restart_.timeIs(loop_->clock().now() + delay);

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "RestartBackoff.h"
 #include "WorkerChannel.h"
 #include "quarn/Clock.h"
 #include "quarn/EventLoop.h"
@@ -18,8 +19,8 @@ namespace MrpCli {
 // The supervisor's side of one worker process of `mrp agent` (AgentWorker):
 // it starts `mrp agent-worker` with a channel to it, hands on what the
 // worker says, and when the worker dies reports how on the log and starts
-// it again, at least kRestartSeconds later (longer while it keeps dying
-// young), so that a crash loop does not spin.
+// it again after a back-off (RestartBackoff: at least a second, longer while
+// it keeps dying young), so that a crash loop does not spin.
 //
 // A worker never outlives the supervisor: it gets SIGTERM when the
 // supervisor goes, however it goes, and its channel closes.
@@ -27,11 +28,6 @@ class WorkerProcess {
  public:
   using Json = nlohmann::ordered_json;
 
-  static constexpr double kRestartSeconds = 1;
-  static constexpr double kMaxRestartSeconds = 30;
-  // A worker that ran this long before it died is started again after
-  // kRestartSeconds; one that died younger waits twice as long as before.
-  static constexpr double kSettledSeconds = 10;
 
   class Observer {
    public:
@@ -91,7 +87,7 @@ class WorkerProcess {
   std::ostream& log_;
   pid_t pid_ = -1;
   Quarn::Seconds startedAt_ = 0;
-  double restartSeconds_ = kRestartSeconds;
+  RestartBackoff backoff_;
   bool stopping_ = false;
   std::unique_ptr<WorkerChannel> channel_;
   unsigned nextQuestion_ = 1;
