@@ -8,8 +8,8 @@
 #include "Agent.h"
 #include "Applications.h"
 #include "AttributeMessage.h"
-#include "JsonNode.h"
 #include "ControlMerge.h"
+#include "JsonNode.h"
 #include "RegistrationText.h"
 #include "RelayTimeline.h"
 #include "ValueText.h"
@@ -55,12 +55,14 @@ AgentSupervisor::AgentSupervisor(Options options, Timeline& timeline, std::ostre
           [this](const std::string& line) { log_ << "mrp agent: " << line << std::endl; }),
       signals_(loop_, {SIGINT, SIGTERM, SIGCHLD}, [this](int signo) { handleSignal(signo); }) {
   const Json ports = options_.ports;
+  // The workers' timelines count from the supervisor's start.
+  const Quarn::Seconds origin = loop_->clock().now();
   for (Mrp::MrpApplication application : options_.applications) {
     const Json start = {{"start",
                          {{"app", applicationName(application)},
                           {"ports", ports},
                           {"config", options_.configText},
-                          {"origin", loop_->clock().now()}}}};
+                          {"origin", origin}}}};
     workers_.emplace_back(application, nullptr);
     workers_.back().second = std::make_unique<WorkerProcess>(loop_, applicationName(application), start, this, log_);
   }
