@@ -15,12 +15,16 @@
 #include <string>
 #include <vector>
 
+#include "support/ChildProcess.h"
+
 namespace MrpTest {
 
 namespace {
 
 constexpr const char* kPrefix = "mrptest-";
 constexpr const char* kNetnsDir = "/run/netns/";
+// How long a new veth's carrier may take to show.
+constexpr int kCarrierSeconds = 3;
 
 // Namespaces named after a test process that no longer runs.
 std::vector<std::string> staleNamespaces() {
@@ -75,11 +79,22 @@ NetNamespace::~NetNamespace() {
 bool NetNamespace::ip(const std::string& args) { return run("ip -n " + name_ + " " + args); }
 
 bool NetNamespace::vethAdd(const std::string& a, const std::string& b) {
-  return ip("link add " + a + " type veth peer name " + b) && ip("link set " + a + " up") &&
-         ip("link set " + b + " up");
+  if (!ip("link add " + a + " type veth peer name " + b) || !ip("link set " + a + " up") ||
+      !ip("link set " + b + " up")) {
+    return false;
+  }
+  // The kernel shows the carrier a moment later (up to a second when link
+  // events come quickly): wait for it, so that the pair is up when this returns.
+  const std::string show = "ip -n " + name_ + " -o link show " + a;
+  std::string output;
+  if (secondsUntil(kCarrierSeconds, [&] { return run(show, &output) && output.find(" state UP ") != std::string::npos; })) {
+    return true;
+  }
+  error_ = a + ": no carrier within " + std::to_string(kCarrierSeconds) + " s: " + output;
+  return false;
 }
 
-bool NetNamespace::run(const std::string& command) {
+bool NetNamespace::run(const std::string& command, std::string* output) {
   FILE* out = popen((command + " 2>&1").c_str(), "r");
   if (!out) {
     error_ = command + ": " + std::strerror(errno);
@@ -89,6 +104,7 @@ bool NetNamespace::run(const std::string& command) {
   char buf[256];
   while (std::fgets(buf, sizeof buf, out)) text += buf;
   int status = pclose(out);
+  if (output) *output = text;
   if (status == 0) return true;
   error_ = command + " failed (" + std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1) + "): " + text;
   return false;

@@ -26,11 +26,12 @@ class NetNamespace {
 
   // Runs `ip <args>` inside the namespace; false (with error()) on failure.
   bool ip(const std::string& args);
-  // A veth pair `a` - `b`, both up.
+  // A veth pair `a` - `b`, both up, `a` with its carrier showing.
   bool vethAdd(const std::string& a, const std::string& b);
 
  private:
-  bool run(const std::string& command);
+  // Runs `command`; its output (stdout and stderr) goes to `output` if given.
+  bool run(const std::string& command, std::string* output = nullptr);
   void quietIpv6();
 
   std::string name_;
