@@ -45,8 +45,6 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   Agent(const Agent&) = delete;
   Agent& operator=(const Agent&) = delete;
 
-  Mrp::MrpApplication application() const { return options_.application; }
-
   // Declares or withdraws a value on a port, or on every port without one.
   void declare(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port);
   void withdraw(const MrpAgent::AttributeValue& value, const std::optional<std::string>& port);

@@ -37,6 +37,8 @@ class WorkerChannel {
   // Takes in what arrives, outside the loop, until `done` holds, the other
   // end goes or `seconds` pass; whether `done` held.
   bool waitUntil(const std::function<bool()>& done, double seconds);
+  // Takes in what has arrived already, without waiting.
+  void drain() { waitUntil([] { return false; }, 0); }
 
  private:
   class FdReactor : public Quarn::EventLoop::FdNotifiee {

@@ -123,7 +123,7 @@ void WorkerProcess::handleChildExit() {
   const pid_t reaped = waitpid(pid_, &status, WNOHANG);
   if (reaped != pid_) return;
   // What it said before it went is still to be read.
-  if (channel_) channel_->waitUntil([] { return false; }, 0);
+  if (channel_) channel_->drain();
   channel_.reset();
   pid_ = -1;
   doReport(status);

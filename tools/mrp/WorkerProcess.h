@@ -49,7 +49,6 @@ class WorkerProcess {
 
   const std::string& name() const { return name_; }
   bool running() const { return pid_ > 0; }
-  pid_t pid() const { return pid_; }
 
   // Sends a message; false while the worker is not running.
   bool send(const Json& message);
