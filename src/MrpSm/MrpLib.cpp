@@ -19,6 +19,8 @@ void MrpLib::applicationWithDefaultFramingIs(MrpApplication application) {
 void MrpLib::mrpLeaveIndication(const MrpParameters&) {}
 void MrpLib::mrpLeaveAllIndication(const MrpParameters&) {}
 
+void MrpLib::mrpListenerJoinWithoutIndication(const MrpParameters&) {}
+
 void MrpLib::mrpJoinReq(const MrpParameters&) {}
 void MrpLib::mrpLeaveReq(const MrpParameters&) {}
 

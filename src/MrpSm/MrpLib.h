@@ -39,6 +39,12 @@ class MrpLib : public Quarn::PtrInterface {
   virtual bool mrpJoinIndication(const MrpParameters& joinIndication);
   virtual void mrpLeaveIndication(const MrpParameters& leaveIndication);
   virtual void mrpLeaveAllIndication(const MrpParameters& leaveAllIndication);
+  // A registered MSRP Listener received again in a Join whose stored value
+  // (its stream id) is unchanged, so that no join indication is made: the
+  // received value, declaration included, is in msrpListenerVectorRx(). The
+  // only way an agent hears that a Listener's declaration changed. The base
+  // class ignores it.
+  virtual void mrpListenerJoinWithoutIndication(const MrpParameters& join);
 
   // Present in the interface and deliberately empty: requests go through
   // mrpSendAttribute.

@@ -210,9 +210,23 @@ bool MrpRegistrarSm::valueChecked(MrpAttrDatabase& entry) {
   const bool msrpDomain = mrpSm_->mrpLib()->application() == MrpApplication::msrp &&
                           static_cast<MsrpAttrType>(currentAttribute().attributeType) == MsrpAttrType::domainVector;
   if (msrpDomain) return true;
-  if (mrpSm_->mrpRxVectorSameAsDatabaseAttr()) return false;
+  if (mrpSm_->mrpRxVectorSameAsDatabaseAttr()) {
+    if (msrpListener()) listenerJoinWithoutIndication();
+    return false;
+  }
   mrpSm_->mrpPopulateValueInDatabase(&entry, false);
   return true;
+}
+
+bool MrpRegistrarSm::msrpListener() const {
+  return mrpSm_->mrpLib()->application() == MrpApplication::msrp &&
+         static_cast<MsrpAttrType>(currentAttribute().attributeType) == MsrpAttrType::listenerVector;
+}
+
+void MrpRegistrarSm::listenerJoinWithoutIndication() {
+  const MrpAttribute attribute = currentAttribute();
+  mrpSm_->mrpLib()->mrpListenerJoinWithoutIndication(
+      {attribute.intfId, attribute.attributeType, mrpSm_->parseContext()->attributeEvent(), attribute.attributeKey});
 }
 
 bool MrpRegistrarSm::joinIndication() {

@@ -110,8 +110,11 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void leaveIndication();
   // rJoinIn!/rJoinMt! in IN or LV: whether the application hears of it. An
   // MSRP Domain always is; another attribute only when its received value
-  // differs from the stored one, which it then replaces.
+  // differs from the stored one, which it then replaces; an unchanged MSRP
+  // Listener goes to the application's listenerJoinWithoutIndication hook.
   bool valueChecked(MrpAttrDatabase& entry);
+  bool msrpListener() const;
+  void listenerJoinWithoutIndication();
   // The log lines of a received join and of a leave ("received" or "notified").
   void logJoin(MrpRegistrarState state, MrpRegistrarEvent event) const;
   void logLeave(const char* how, MrpRegistrarState state, MrpRegistrarEvent event) const;

@@ -21,8 +21,20 @@ class RecordingMrpLib : public Mrp::MrpLib {
   }
   void mrpLeaveIndication(const Mrp::MrpParameters& p) override { leaves.push_back(p); }
   void mrpLeaveAllIndication(const Mrp::MrpParameters& p) override { leaveAlls.push_back(p); }
+  void mrpListenerJoinWithoutIndication(const Mrp::MrpParameters& p) override {
+    listenerJoins.push_back({p, msrpListenerVectorRx()});
+  }
+
+  // A Listener join the registrar took without an indication, and the
+  // received value the hook found in the receive field.
+  struct ListenerJoin {
+    Mrp::MrpParameters parameters;
+    Mrp::MsrpListenerAttribute received;
+    friend bool operator==(const ListenerJoin&, const ListenerJoin&) = default;
+  };
 
   std::vector<Mrp::MrpParameters> joins;
+  std::vector<ListenerJoin> listenerJoins;
   std::vector<Mrp::MrpParameters> leaves;
   std::vector<Mrp::MrpParameters> leaveAlls;
   bool discardJoins = false;

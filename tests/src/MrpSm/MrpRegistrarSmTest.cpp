@@ -363,6 +363,70 @@ TEST_F(RegistrarEdgeTest, RepeatedIdenticalTalkerAdvertiseInInIsNotIndicatedButC
   EXPECT_TRUE(takeJoins(msrp).empty());
 }
 
+// A received Listener join that makes no indication goes to the service
+// object's hook with the received declaration; nothing else changes.
+struct ListenerHookRow {
+  State state;
+  Event event;
+  Mrp::MsrpListenerEvent declaration;
+  bool hooked;
+  unsigned joinIndications;
+  unsigned joinsCounted;
+};
+// clang-format off
+const ListenerHookRow kListenerHookTable[] = {
+  // State     Event          Declaration received                  Hooked Indications Counted
+  {State::in, Event::rJoinIn, Mrp::MsrpListenerEvent::ready,        true,  0, 1},
+  {State::in, Event::rJoinMt, Mrp::MsrpListenerEvent::askingFailed, true,  0, 1},
+  {State::lv, Event::rJoinIn, Mrp::MsrpListenerEvent::readyFailed,  true,  0, 0},
+  {State::lv, Event::rJoinMt, Mrp::MsrpListenerEvent::ready,        true,  0, 0},
+  // A join that is indicated is not also hooked.
+  {State::mt, Event::rJoinIn, Mrp::MsrpListenerEvent::ready,        false, 1, 1},
+  {State::in, Event::rNew,    Mrp::MsrpListenerEvent::ready,        false, 1, 1},
+};
+// clang-format on
+
+TEST_F(RegistrarEdgeTest, AListenerJoinWithAnUnchangedStreamIdReachesTheHookWithItsDeclaration) {
+  constexpr std::uint64_t kStream = 0x001b210000010001ULL;
+  for (const ListenerHookRow& row : kListenerHookTable) {
+    SCOPED_TRACE(::testing::Message() << row.state << " on " << row.event << ", declaration "
+                                      << static_cast<int>(row.declaration));
+    ScenarioEngine& msrp = engineNew(std::string("L").append(std::to_string(engines_++)), Mrp::MrpApplication::msrp);
+    msrp.lib().msrpListenerVectorTx() = Mrp::MsrpListenerAttribute(kStream, Mrp::MsrpListenerEvent::askingFailed);
+    msrp.lib().msrpListenerVectorRx() = Mrp::MsrpListenerAttribute(kStream, row.declaration);
+    const Mrp::MrpAttribute listener{kPort, 3, kStream};
+    const auto entry = currentAttributeIs(msrp.sm(), listener, Applicant::qa, row.state);
+    msrp.sm().parseContext()->attributeEventIs(receivedAttributeEvent(row.event));
+    registrarEventHandle(msrp.sm(), row.event);
+
+    std::vector<RecordingMrpLib::ListenerJoin> expected;
+    if (row.hooked) {
+      expected.push_back({{kPort, 3, receivedAttributeEvent(row.event), kStream},
+                          Mrp::MsrpListenerAttribute(kStream, row.declaration)});
+    }
+    EXPECT_EQ(msrp.lib().listenerJoins, expected);
+    EXPECT_EQ(takeJoins(msrp).size(), row.joinIndications);
+    EXPECT_EQ(msrp.counters().numOfJoinIndications(), row.joinsCounted);
+    EXPECT_EQ(entry->registrarState(), State::in);
+  }
+}
+
+TEST_F(RegistrarEdgeTest, OnlyAnMsrpListenerReachesTheHook) {
+  ScenarioEngine& msrp = engineNew("talker", Mrp::MrpApplication::msrp);
+  msrp.lib().msrpTalkerAdvertiseTx() = talker(7);
+  msrp.lib().msrpTalkerAdvertiseRx() = talker(7);
+  currentAttributeIs(msrp.sm(), {kPort, 1, talker(7).streamId()}, Applicant::qa, State::in);
+  msrp.sm().parseContext()->attributeEventIs(receivedAttributeEvent(Event::rJoinIn));
+  registrarEventHandle(msrp.sm(), Event::rJoinIn);
+  EXPECT_TRUE(msrp.lib().listenerJoins.empty());
+
+  vlan10Is(Applicant::qa, State::in);
+  engine.lib().mvrpVlanVectorRx() = Mrp::MvrpVlanAttribute(10);
+  received(Event::rJoinIn);
+  EXPECT_TRUE(engine.lib().listenerJoins.empty());
+  EXPECT_EQ(engine.counters().numOfJoinIndications(), 1u);
+}
+
 TEST_F(RegistrarEdgeTest, ReceivedLvInInArmsTheAttributesOwnLeaveMachineAndAJoinMtCancelsIt) {
   vlan10Is(Applicant::qa, State::in);
   advance(0.3);
