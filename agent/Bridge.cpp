@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "BridgeId.h"
+#include "ListenerMerge.h"
 #include "MrpModel/MrpThreePackedEvent.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "quarn/System.h"
@@ -21,17 +23,21 @@ constexpr const char* kMstiName = "Cist";
 
 bool forwardingRole(Role role) { return role == Role::root || role == Role::designated; }
 
-bool talkerType(std::uint8_t type) {
-  return type == static_cast<std::uint8_t>(Mrp::MsrpAttrType::talkerAdvertise) ||
-         type == static_cast<std::uint8_t>(Mrp::MsrpAttrType::talkerFailed);
-}
-
+constexpr std::uint8_t kTalkerAdvertise = static_cast<std::uint8_t>(Mrp::MsrpAttrType::talkerAdvertise);
+constexpr std::uint8_t kTalkerFailed = static_cast<std::uint8_t>(Mrp::MsrpAttrType::talkerFailed);
 constexpr std::uint8_t kListener = static_cast<std::uint8_t>(Mrp::MsrpAttrType::listenerVector);
 constexpr std::uint8_t kDomain = static_cast<std::uint8_t>(Mrp::MsrpAttrType::domainVector);
+constexpr std::uint8_t kStreamTypes[] = {kTalkerAdvertise, kTalkerFailed, kListener};
 
-// The declaration of a stream's listeners taken together.
-Mrp::MsrpListenerEvent merged(Mrp::MsrpListenerEvent a, Mrp::MsrpListenerEvent b) {
-  return a == b ? a : Mrp::MsrpListenerEvent::readyFailed;
+// The attribute types of a stream: talkers and listeners, keyed by stream id.
+bool streamType(Mrp::MrpApplication application, std::uint8_t type) {
+  return application == Mrp::MrpApplication::msrp &&
+         (type == kTalkerAdvertise || type == kTalkerFailed || type == kListener);
+}
+
+bool listenerAsksToReserve(const AttributeValue& listener) {
+  const std::optional<Mrp::MsrpListenerEvent> declaration = listener.declaration();
+  return declaration == Mrp::MsrpListenerEvent::ready || declaration == Mrp::MsrpListenerEvent::readyFailed;
 }
 
 }  // namespace
@@ -85,6 +91,7 @@ Bridge::Bridge(std::string name, const std::vector<Mrp::MrpApplication>& applica
       brTopoConfig_(new Bridging::Topology::Config),
       ethPhyIntfStatusDir_(new Interface::AllEthPhyIntfStatusDir),
       entityManager_(new Hive::EntityManager(name_)),
+      bridgeId_(config_.bridgeId.value_or(bridgeIdOfName(name_))),
       propagation_(&Quarn::System::clock(), this) {
   mrpConfig_->leaveTimeIs(config_.leaveTime);
   mrpConfig_->leaveAllTimeIs(config_.leaveAllTime);
@@ -134,6 +141,7 @@ bool Bridge::port(const std::string& port) const {
 void Bridge::portIs(const std::string& port) {
   if (this->port(port)) return;
   ports_.push_back(port);
+  reservations_.try_emplace(port, config_.speedOf(port), config_.deltaBandwidth);
   for (const auto& [application, engine] : engines_) engine->lib().mrpInterfaceEnable(Velo::IntfId(port));
   // The first role a port gets is only noted by the engines.
   msti_->mstiPortStatusIs(port)->roleIs(Role::designated);
@@ -148,6 +156,11 @@ void Bridge::portDel(const std::string& port) {
     state.portDeclared.erase(port);
     state.declaredNew.erase(port);
   }
+  while (!reservations_.at(port).reservations().empty()) {
+    doRelease(reservations_.at(port).reservations().front().streamId, port);
+  }
+  reservations_.erase(port);
+  for (auto& [streamId, declared] : talkerDeclared_) declared.erase(port);
   for (const auto& [application, engine] : engines_) engine->lib().mrpInterfaceDisable(Velo::IntfId(port));
   msti_->mstiPortStatusDel(port);
   ports_.erase(std::find(ports_.begin(), ports_.end(), port));
@@ -244,20 +257,183 @@ void Bridge::handleLeave(const Mrp::MrpParameters& indication, Mrp::MrpApplicati
   if (observer_) observer_->onLeave(*this, port, value);
 }
 
+void Bridge::handleListenerJoin(const Mrp::MrpParameters& join, const AttributeValue& value) {
+  const std::string port = join.intfId.name();
+  auto it = attrs_.find(attrIdOf(value));
+  if (it == attrs_.end()) return;
+  auto registered = it->second.registeredOn.find(port);
+  if (registered == it->second.registeredOn.end() || registered->second == value) return;
+  registered->second = value;
+  dirtyIs(it->first);
+  if (observer_) observer_->onListenerDeclaration(*this, port, std::get<Mrp::MsrpListenerAttribute>(value.record()));
+}
+
 void Bridge::dirtyIs(const AttrId& id) {
-  dirty_.insert(id);
-  // A listener follows its stream's talker.
-  if (id.application == Mrp::MrpApplication::msrp && talkerType(id.attributeType)) {
-    dirty_.insert({id.application, kListener, id.attributeKey});
+  if (streamType(id.application, id.attributeType)) {
+    for (std::uint8_t type : kStreamTypes) dirty_.insert({id.application, type, id.attributeKey});
+  } else {
+    dirty_.insert(id);
   }
+  // Domains decide where a stream may go.
+  if (id.application == Mrp::MrpApplication::msrp && id.attributeType == kDomain) dirtyAllStreams();
   if (propagation_.time() == Quarn::kInfinity) propagation_.timeIs(Quarn::System::currentTime());
 }
 
+void Bridge::dirtyAllStreams() {
+  for (const auto& [id, state] : attrs_) {
+    if (streamType(id.application, id.attributeType)) dirty_.insert(id);
+  }
+  for (const auto& [streamId, declared] : talkerDeclared_) {
+    for (std::uint8_t type : kStreamTypes) dirty_.insert({Mrp::MrpApplication::msrp, type, streamId});
+  }
+}
+
 void Bridge::doPropagate() {
-  while (!dirty_.empty()) {
-    const AttrId id = *dirty_.begin();
-    dirty_.erase(dirty_.begin());
+  for (;;) {
+    while (!dirty_.empty()) {
+      const AttrId id = *dirty_.begin();
+      if (streamType(id.application, id.attributeType)) {
+        for (std::uint8_t type : kStreamTypes) dirty_.erase({id.application, type, id.attributeKey});
+        doPropagateStream(id.attributeKey);
+      } else {
+        dirty_.erase(dirty_.begin());
+        doPropagate(id);
+      }
+    }
+    // Reservations made or released change where the other streams fit:
+    // they are looked at again once, not after each one.
+    if (!reservationsChanged_) return;
+    reservationsChanged_ = false;
+    dirtyAllStreams();
+  }
+}
+
+void Bridge::doPropagateStream(std::uint64_t streamId) {
+  const std::optional<HeardTalker> talker = talkerOf(streamId);
+  std::map<std::string, AttributeValue>& declared = talkerDeclared_[streamId];
+  for (const std::string& port : ports_) {
+    const std::optional<AttributeValue> decision = talkerDeclarationOf(streamId, talker, port);
+    auto before = declared.find(port);
+    const bool changed = decision ? before == declared.end() || before->second != *decision : before != declared.end();
+    if (!changed) continue;
+    if (!decision) {
+      declared.erase(before);
+      continue;
+    }
+    declared.insert_or_assign(port, *decision);
+    // A refusal of this bridge's own, not one passed on.
+    const auto* failed = std::get_if<Mrp::MsrpTalkerFailedAttribute>(&decision->record());
+    if (failed && failed->failureInformation().bridgeId() == bridgeId_ && observer_) {
+      observer_->onTalkerFailed(*this, port, *failed);
+    }
+  }
+  if (declared.empty()) talkerDeclared_.erase(streamId);
+  for (const std::uint8_t type : {kTalkerAdvertise, kTalkerFailed}) {
+    const AttrId id{Mrp::MrpApplication::msrp, type, streamId};
+    attrs_[id];  // so that a declaration of a type not heard of yet is made
     doPropagate(id);
+  }
+  for (const std::string& port : ports_) doReserve(streamId, port);
+  doPropagate({Mrp::MrpApplication::msrp, kListener, streamId});
+}
+
+std::optional<AttributeValue> Bridge::talkerDeclarationOf(std::uint64_t streamId,
+                                                          const std::optional<HeardTalker>& talker,
+                                                          const std::string& port) const {
+  if (withdrawnAll_) return std::nullopt;
+  // The bridge's own talker (an end station's) is admitted on its port as
+  // declared; one it passes on gets the port's latency.
+  std::optional<AttributeValue> heard = ownTalkerOn(streamId, port);
+  std::uint32_t latency = 0;
+  if (!heard) {
+    if (!talker || talker->port == port || !forwarding(port)) return std::nullopt;
+    heard = talker->value;
+    latency = config_.latencyOf(port);
+  }
+  const auto* advertise = std::get_if<Mrp::MsrpTalkerAdvertiseAttribute>(&heard->record());
+  if (!advertise) return heard;
+  return talkerDeclarationOn(*advertise, streamClassOn(*advertise, port), EgressPort{reservations_.at(port), latency},
+                             bridgeId_);
+}
+
+std::optional<AttributeValue> Bridge::ownTalkerOn(std::uint64_t streamId, const std::string& port) const {
+  for (const std::uint8_t type : {kTalkerAdvertise, kTalkerFailed}) {
+    auto it = attrs_.find({Mrp::MrpApplication::msrp, type, streamId});
+    if (it == attrs_.end()) continue;
+    if (auto own = it->second.portDeclared.find(port); own != it->second.portDeclared.end()) return own->second;
+    if (it->second.bridgeWide) return it->second.bridgeWide;
+  }
+  return std::nullopt;
+}
+
+std::optional<SrClass> Bridge::srClassOfPriority(std::uint8_t priority) const {
+  for (const Mrp::MsrpDomainAttribute& domain : config_.msrpDomains) {
+    if (domain.srClassPriority() == priority) return srClassOfId(domain.srClassId());
+  }
+  return std::nullopt;
+}
+
+StreamClass Bridge::streamClassOn(const Mrp::MsrpTalkerAdvertiseAttribute& talker, const std::string& port) const {
+  StreamClass streamClass{srClassOfPriority(talker.priorityAndRank().priority())};
+  if (!streamClass.srClass) return streamClass;
+  const AttributeValue* neighbour =
+      registered({Mrp::MrpApplication::msrp, kDomain, streamClass.srClass->classId}, port);
+  streamClass.boundary =
+      !neighbour ||
+      std::get<Mrp::MsrpDomainAttribute>(neighbour->record()).srClassPriority() != talker.priorityAndRank().priority();
+  return streamClass;
+}
+
+const AttributeValue* Bridge::registered(const AttrId& id, const std::string& port) const {
+  auto it = attrs_.find(id);
+  if (it == attrs_.end()) return nullptr;
+  auto registered = it->second.registeredOn.find(port);
+  return registered == it->second.registeredOn.end() ? nullptr : &registered->second;
+}
+
+void Bridge::doReserve(std::uint64_t streamId, const std::string& port) {
+  const PortReservations& reservations = reservations_.at(port);
+  // Reserved where the Talker Advertise this bridge admitted is what its engine declares.
+  const AttributeValue* admitted = nullptr;
+  if (auto stream = talkerDeclared_.find(streamId); stream != talkerDeclared_.end()) {
+    auto it = stream->second.find(port);
+    if (it != stream->second.end() && it->second.attributeType() == kTalkerAdvertise) admitted = &it->second;
+  }
+  bool wanted = false;
+  if (admitted) {
+    auto talker = attrs_.find({Mrp::MrpApplication::msrp, kTalkerAdvertise, streamId});
+    auto declared = talker == attrs_.end() ? nullptr : &talker->second.declaredOn;
+    const AttributeValue* listener = registered({Mrp::MrpApplication::msrp, kListener, streamId}, port);
+    wanted = declared && declared->count(port) && declared->at(port) == *admitted && listener &&
+             listenerAsksToReserve(*listener);
+  }
+  if (!wanted) {
+    doRelease(streamId, port);
+    return;
+  }
+  if (reservations.reserved(streamId)) return;
+  const auto& advertise = std::get<Mrp::MsrpTalkerAdvertiseAttribute>(admitted->record());
+  const SrClass srClass = *srClassOfPriority(advertise.priorityAndRank().priority());
+  const PortReservations::Reservation reservation{streamId, srClass, streamBandwidth(advertise.tSpec(), srClass),
+                                                  advertise.tSpec().maxFrameSize() + kFrameOverheadOctets};
+  reservations_.at(port).reserve(reservation);
+  reservationsChanged_ = true;
+  if (observer_) {
+    observer_->onReservation(*this, port,
+                             {streamId, true, srClass, reservation.bandwidth, reservations.reservedUpTo(srClass),
+                              reservations.limit(srClass)});
+  }
+}
+
+void Bridge::doRelease(std::uint64_t streamId, const std::string& port) {
+  PortReservations& reservations = reservations_.at(port);
+  const std::optional<PortReservations::Reservation> released = reservations.release(streamId);
+  if (!released) return;
+  reservationsChanged_ = true;
+  if (observer_) {
+    observer_->onReservation(*this, port,
+                             {streamId, false, released->srClass, released->bandwidth,
+                              reservations.reservedUpTo(released->srClass), reservations.limit(released->srClass)});
   }
 }
 
@@ -286,15 +462,24 @@ void Bridge::doPropagate(const AttrId& id) {
 std::optional<AttributeValue> Bridge::desiredOn(const AttrId& id, const AttrState& state,
                                                 const std::string& port) const {
   if (withdrawnAll_) return std::nullopt;
+  const bool msrp = id.application == Mrp::MrpApplication::msrp;
+  // The bridge's own talkers are admitted as the ones it passes on are.
+  if (msrp && (id.attributeType == kTalkerAdvertise || id.attributeType == kTalkerFailed)) {
+    auto stream = talkerDeclared_.find(id.attributeKey);
+    if (stream == talkerDeclared_.end()) return std::nullopt;
+    auto declared = stream->second.find(port);
+    if (declared == stream->second.end() || declared->second.attributeType() != id.attributeType) return std::nullopt;
+    return declared->second;
+  }
   if (auto own = state.portDeclared.find(port); own != state.portDeclared.end()) return own->second;
   if (state.bridgeWide) return state.bridgeWide;
   if (!forwarding(port)) return std::nullopt;
-  const bool msrp = id.application == Mrp::MrpApplication::msrp;
   // A bridge declares its own domains; it does not pass on its neighbours'.
   if (msrp && id.attributeType == kDomain) return std::nullopt;
   if (msrp && id.attributeType == kListener) {
-    if (talkerPortOf(id.attributeKey) != port) return std::nullopt;
-    return mergedListener(state, port);
+    const std::optional<HeardTalker> talker = talkerOf(id.attributeKey);
+    if (!talker || talker->port != port) return std::nullopt;
+    return mergedListener(id.attributeKey, state, port);
   }
   for (const auto& [other, value] : state.registeredOn) {
     if (other != port && forwarding(other)) return value;
@@ -302,27 +487,31 @@ std::optional<AttributeValue> Bridge::desiredOn(const AttrId& id, const AttrStat
   return std::nullopt;
 }
 
-std::optional<AttributeValue> Bridge::mergedListener(const AttrState& state, const std::string& talkerPort) const {
-  std::optional<Mrp::MsrpListenerAttribute> listener;
+std::optional<AttributeValue> Bridge::mergedListener(std::uint64_t streamId, const AttrState& state,
+                                                    const std::string& talkerPort) const {
+  std::vector<PortListener> listeners;
+  const auto stream = talkerDeclared_.find(streamId);
   for (const auto& [other, value] : state.registeredOn) {
     if (other == talkerPort || !forwarding(other)) continue;
-    const auto& heard = std::get<Mrp::MsrpListenerAttribute>(value.record());
-    if (!listener) {
-      listener = heard;
-    } else {
-      listener->listenerEventIs(merged(listener->listenerEvent(), heard.listenerEvent()));
+    PortListener listener{*value.declaration(), reservations_.at(other).reserved(streamId), false};
+    if (stream != talkerDeclared_.end()) {
+      auto declared = stream->second.find(other);
+      listener.talkerFailedDeclared =
+          declared != stream->second.end() && declared->second.attributeType() == kTalkerFailed;
     }
+    listeners.push_back(listener);
   }
-  if (!listener) return std::nullopt;
-  return AttributeValue(*listener);
+  const std::optional<Mrp::MsrpListenerEvent> merged = mergedListenerDeclaration(listeners);
+  if (!merged) return std::nullopt;
+  return AttributeValue(Mrp::MsrpListenerAttribute(streamId, *merged));
 }
 
-std::optional<std::string> Bridge::talkerPortOf(std::uint64_t streamId) const {
-  for (const auto type : {Mrp::MsrpAttrType::talkerAdvertise, Mrp::MsrpAttrType::talkerFailed}) {
-    auto it = attrs_.find({Mrp::MrpApplication::msrp, static_cast<std::uint8_t>(type), streamId});
+std::optional<Bridge::HeardTalker> Bridge::talkerOf(std::uint64_t streamId) const {
+  for (const std::uint8_t type : {kTalkerAdvertise, kTalkerFailed}) {
+    auto it = attrs_.find({Mrp::MrpApplication::msrp, type, streamId});
     if (it == attrs_.end()) continue;
     for (const auto& [port, value] : it->second.registeredOn) {
-      if (forwarding(port)) return port;
+      if (forwarding(port)) return HeardTalker{port, value};
     }
   }
   return std::nullopt;
@@ -334,6 +523,64 @@ std::vector<std::pair<std::string, AttributeValue>> Bridge::declarations() const
     for (const auto& [port, value] : state.declaredOn) out.emplace_back(port, value);
   }
   return out;
+}
+
+StreamTable Bridge::streamTable() const {
+  StreamTable table;
+  std::set<std::uint64_t> streamIds;
+  for (const auto& [id, state] : attrs_) {
+    if (streamType(id.application, id.attributeType) && !state.empty()) streamIds.insert(id.attributeKey);
+  }
+  for (const std::uint64_t streamId : streamIds) {
+    StreamTable::Stream stream;
+    stream.streamId = streamId;
+    const std::optional<HeardTalker> talker = talkerOf(streamId);
+    std::optional<Mrp::MsrpTalkerAdvertiseAttribute> advertise;
+    if (talker) {
+      stream.talkerPort = talker->port;
+      stream.talker = talker->value;
+      const auto* failed = std::get_if<Mrp::MsrpTalkerFailedAttribute>(&talker->value.record());
+      advertise = failed ? failed->talkerAdvertiseAttribute()
+                         : std::get<Mrp::MsrpTalkerAdvertiseAttribute>(talker->value.record());
+    }
+    if (auto listener = attrs_.find({Mrp::MrpApplication::msrp, kListener, streamId}); listener != attrs_.end()) {
+      for (const auto& [port, value] : listener->second.declaredOn) stream.listenerDeclared = value.declaration();
+    }
+    const auto declared = talkerDeclared_.find(streamId);
+    for (const std::string& port : ports_) {
+      if (talker && port == talker->port) continue;
+      StreamTable::PortRow row;
+      row.port = port;
+      if (const AttributeValue* listener = registered({Mrp::MrpApplication::msrp, kListener, streamId}, port)) {
+        row.listener = listener->declaration();
+      }
+      if (declared != talkerDeclared_.end()) {
+        if (auto it = declared->second.find(port); it != declared->second.end()) row.declared = it->second;
+      }
+      if (!row.listener && !row.declared) continue;
+      if (const PortReservations::Reservation* reservation = reservations_.at(port).find(streamId)) {
+        row.reserved = true;
+        row.srClass = reservation->srClass;
+        row.bandwidth = reservation->bandwidth;
+      } else if (advertise) {
+        row.srClass = srClassOfPriority(advertise->priorityAndRank().priority());
+        if (row.srClass) row.bandwidth = streamBandwidth(advertise->tSpec(), *row.srClass);
+      }
+      stream.ports.push_back(std::move(row));
+    }
+    table.streams.push_back(std::move(stream));
+  }
+  for (const std::string& port : ports_) {
+    const PortReservations& reservations = reservations_.at(port);
+    for (const SrClass& srClass : kSrClasses) {
+      const std::optional<CbsParameters> shaper = reservations.shaper(srClass);
+      if (!shaper) continue;
+      table.classes.push_back({port, srClass, reservations.speed(), reservations.reservedIn(srClass),
+                               reservations.reservedUpTo(srClass), reservations.limit(srClass), *shaper,
+                               tcCommand(port, srClass, reservations.speed(), *shaper)});
+    }
+  }
+  return table;
 }
 
 std::vector<Registration> Bridge::registrations() const {

@@ -15,6 +15,10 @@
 #include "MrpModel/MrpApplicantState.h"
 #include "MrpModel/MrpRegistrarState.h"
 #include "MrpSm/MrpSm.h"
+#include "PortReservations.h"
+#include "ReservationChange.h"
+#include "StreamTable.h"
+#include "TalkerAdmission.h"
 #include "quarn/Clock.h"
 #include "stp/MstiPortStatus.h"
 #include "velo/PamFactory.h"
@@ -35,11 +39,16 @@ struct Registration {
 //
 //  - MVRP: a VLAN registered on a forwarding port is declared on every other
 //    forwarding port, and withdrawn when no other port registers it.
-//  - MSRP: the bridge's domains are declared on every port; a talker
-//    registered on a forwarding port is declared on every other forwarding
-//    port; a listener registered on a port is declared on the port where its
-//    stream's talker is registered (listeners of several ports merged:
-//    ready, askingFailed, or readyFailed when they differ).
+//  - MSRP: the bridge's domains are declared on every port. A Talker
+//    Advertise registered on a forwarding port is declared on every other
+//    forwarding port with the port's latency added, or as a Talker Failed
+//    of this bridge where the stream cannot be reserved (TalkerAdmission);
+//    a Talker Failed goes on as it came. A stream is reserved on a port
+//    while the bridge declares its Talker Advertise there and a Listener
+//    Ready or ReadyFailed is registered there; reservations are admitted
+//    in the order they are made (within one propagation, by stream id).
+//    The Listeners of a stream are declared, merged (ListenerMerge), on
+//    the port where its Talker is registered.
 //  - declare() with a port is an end station's declaration on that port;
 //    without one it is the bridge's own, made on every port.
 //  - A port that starts forwarding sends a LeaveAll, so that the neighbour
@@ -72,6 +81,14 @@ class Bridge : public BridgeMrpLib::Owner {
     virtual void onLeave(const Bridge& bridge, const std::string& port, const AttributeValue& value) = 0;
     virtual void onForget(const Bridge& bridge, const std::string& port, const AttributeValue& value,
                           ForgetCause cause) = 0;
+    // A stream reserved or released on a port.
+    virtual void onReservation(const Bridge& bridge, const std::string& port, const ReservationChange& change) = 0;
+    // The bridge refuses a stream on a port: it declares this Talker Failed there.
+    virtual void onTalkerFailed(const Bridge& bridge, const std::string& port,
+                                const Mrp::MsrpTalkerFailedAttribute& declared) = 0;
+    // A registered Listener's declaration changed.
+    virtual void onListenerDeclaration(const Bridge& bridge, const std::string& port,
+                                       const Mrp::MsrpListenerAttribute& listener) = 0;
   };
 
   // `pamFactory` opens the ports; null for the process's factory.
@@ -83,6 +100,8 @@ class Bridge : public BridgeMrpLib::Owner {
 
   const std::string& name() const { return name_; }
   const BridgeConfig& config() const { return config_; }
+  // What the bridge's Talker Failed declarations name it by.
+  std::uint64_t bridgeId() const { return bridgeId_; }
   // The engine of an application; null when the bridge does not run it.
   Mrp::MrpSm* engine(Mrp::MrpApplication application) const;
   std::vector<Mrp::MrpApplication> applications() const;
@@ -91,6 +110,9 @@ class Bridge : public BridgeMrpLib::Owner {
   // No LeaveAll goes with it: a caller that wants the neighbour's
   // declarations at once asks for one with leaveAllIs.
   void portIs(const std::string& port);
+  // The speed of a port from when it next opens; one that is open keeps
+  // the speed it opened with.
+  void portSpeedIs(const std::string& port, std::uint64_t bitsPerSecond) { config_.portSpeed[port] = bitsPerSecond; }
   // Closes a port: its registrations and declarations go.
   void portDel(const std::string& port);
   const std::vector<std::string>& ports() const { return ports_; }
@@ -124,6 +146,8 @@ class Bridge : public BridgeMrpLib::Owner {
   std::vector<Registration> registrations() const;
   // What the bridge has asked its engines to declare, per port.
   std::vector<std::pair<std::string, AttributeValue>> declarations() const;
+  // Its streams, reservations and shapers.
+  StreamTable streamTable() const;
 
   Observer* observer() const { return observer_; }
   void observerIs(Observer* observer) { observer_ = observer; }
@@ -131,6 +155,7 @@ class Bridge : public BridgeMrpLib::Owner {
   // BridgeMrpLib::Owner
   void handleJoin(const Mrp::MrpParameters& indication, const AttributeValue& value) override;
   void handleLeave(const Mrp::MrpParameters& indication, Mrp::MrpApplication application) override;
+  void handleListenerJoin(const Mrp::MrpParameters& join, const AttributeValue& value) override;
 
  private:
   class Engine;
@@ -162,6 +187,12 @@ class Bridge : public BridgeMrpLib::Owner {
     Bridge* owner_;
   };
 
+  // Where a stream's Talker is registered, and what it is.
+  struct HeardTalker {
+    std::string port;
+    AttributeValue value;
+  };
+
   static AttrId attrIdOf(const AttributeValue& value);
   Engine& engineOf(Mrp::MrpApplication application) const;
   // The attribute needs its declarations looked at again.
@@ -170,8 +201,25 @@ class Bridge : public BridgeMrpLib::Owner {
   void doPropagate(const AttrId& id);
   // What the bridge should declare for the attribute on a port, if anything.
   std::optional<AttributeValue> desiredOn(const AttrId& id, const AttrState& state, const std::string& port) const;
-  std::optional<AttributeValue> mergedListener(const AttrState& state, const std::string& talkerPort) const;
-  std::optional<std::string> talkerPortOf(std::uint64_t streamId) const;
+  std::optional<AttributeValue> mergedListener(std::uint64_t streamId, const AttrState& state,
+                                              const std::string& talkerPort) const;
+  std::optional<HeardTalker> talkerOf(std::uint64_t streamId) const;
+  // A stream's Talker, Talker Failed and Listener are propagated together:
+  // what the bridge declares for the Talker on each port decides the
+  // reservations there, which decide the Listener it declares.
+  void doPropagateStream(std::uint64_t streamId);
+  std::optional<AttributeValue> talkerDeclarationOf(std::uint64_t streamId, const std::optional<HeardTalker>& talker,
+                                                    const std::string& port) const;
+  // The bridge's own Talker declaration for a stream on a port, if any.
+  std::optional<AttributeValue> ownTalkerOn(std::uint64_t streamId, const std::string& port) const;
+  StreamClass streamClassOn(const Mrp::MsrpTalkerAdvertiseAttribute& talker, const std::string& port) const;
+  std::optional<SrClass> srClassOfPriority(std::uint8_t priority) const;
+  const AttributeValue* registered(const AttrId& id, const std::string& port) const;
+  // Reserves the stream on the port, or releases it, as its declarations
+  // and Listener there say.
+  void doReserve(std::uint64_t streamId, const std::string& port);
+  void doRelease(std::uint64_t streamId, const std::string& port);
+  void dirtyAllStreams();
   // Forgets what the port registered, as the engine's Flush! does.
   void doForgetRegistrations(const std::string& port, ForgetCause cause);
 
@@ -187,7 +235,12 @@ class Bridge : public BridgeMrpLib::Owner {
   Quarn::Ptr<Hive::EntityManager> entityManager_;
   std::map<Mrp::MrpApplication, std::unique_ptr<Engine>> engines_;
   std::vector<std::string> ports_;
+  std::uint64_t bridgeId_;
   std::map<AttrId, AttrState> attrs_;
+  // What the bridge declares for each stream's Talker on each port.
+  std::map<std::uint64_t, std::map<std::string, AttributeValue>> talkerDeclared_;
+  std::map<std::string, PortReservations> reservations_;
+  bool reservationsChanged_ = false;
   std::set<AttrId> dirty_;
   Observer* observer_ = nullptr;
   bool withdrawnAll_ = false;

@@ -14,4 +14,10 @@ void BridgeMrpLib::mrpLeaveIndication(const Mrp::MrpParameters& indication) {
   owner_->handleLeave(indication, application());
 }
 
+void BridgeMrpLib::mrpListenerJoinWithoutIndication(const Mrp::MrpParameters& join) {
+  if (const std::optional<AttributeValue> value = AttributeValue::received(*this, join.attributeType)) {
+    owner_->handleListenerJoin(join, *value);
+  }
+}
+
 }  // namespace MrpAgent

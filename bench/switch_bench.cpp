@@ -75,6 +75,9 @@ class NetworkRecorder : public Bridge::Observer, public Velo::MemPam::Tap {
   void onLeave(const Bridge&, const std::string&, const AttributeValue&) override { ++leaves; }
   // No port closes or stops forwarding in this network.
   void onForget(const Bridge&, const std::string&, const AttributeValue&, Bridge::ForgetCause) override {}
+  void onReservation(const Bridge&, const std::string&, const MrpAgent::ReservationChange&) override {}
+  void onTalkerFailed(const Bridge&, const std::string&, const Mrp::MsrpTalkerFailedAttribute&) override {}
+  void onListenerDeclaration(const Bridge&, const std::string&, const Mrp::MsrpListenerAttribute&) override {}
 
   // The engines put a LeaveAll on the first vector of the frame that
   // carries it: after the Ethernet header, the protocol version, the

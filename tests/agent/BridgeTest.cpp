@@ -50,6 +50,25 @@ class Recorder : public Bridge::Observer {
                 Bridge::ForgetCause cause) override {
     lines.push_back(bridge.name() + ":" + port + " ~" + std::to_string(value.attributeKey()) + " " + causeName(cause));
   }
+  // "port reserved 7 A 9088000 of 750000000" / "port released 7 ...".
+  void onReservation(const Bridge& bridge, const std::string& port, const MrpAgent::ReservationChange& change) override {
+    lines.push_back(bridge.name() + ":" + port + (change.reserved ? " reserved " : " released ") +
+                    std::to_string(change.streamId) + " " + change.srClass.name + " " + std::to_string(change.total) +
+                    " of " + std::to_string(change.limit));
+  }
+  // "port failed 7 code 1".
+  void onTalkerFailed(const Bridge& bridge, const std::string& port,
+                      const Mrp::MsrpTalkerFailedAttribute& declared) override {
+    lines.push_back(bridge.name() + ":" + port + " failed " +
+                    std::to_string(declared.talkerAdvertiseAttribute().streamId()) + " code " +
+                    std::to_string(declared.failureInformation().failureCode()));
+  }
+  // "port listener 7 ready".
+  void onListenerDeclaration(const Bridge& bridge, const std::string& port,
+                             const Mrp::MsrpListenerAttribute& listener) override {
+    lines.push_back(bridge.name() + ":" + port + " listener " + std::to_string(listener.streamId()) + " " +
+                    Mrp::enumText(listener.listenerEvent()));
+  }
   std::vector<std::string> lines;
 };
 
@@ -405,6 +424,94 @@ TEST_F(MsrpBridgeLineTest, ATalkerReachesEveryEndStationAndListenersGoBackToward
                                      [](const auto& r) { return r.value.attributeType() == 3; });
   ASSERT_NE(listener, registrations.end());
   EXPECT_EQ(listener->registrar, Mrp::MrpRegistrarState::in);
+}
+
+// The value a bridge's port registered for an MSRP attribute type and stream.
+std::optional<AttributeValue> registeredValue(const Bridge& bridge, const std::string& port, std::uint8_t type,
+                                              std::uint64_t key) {
+  for (const auto& r : bridge.registrations()) {
+    if (r.port == port && r.value.attributeType() == type && r.value.attributeKey() == key &&
+        r.registrar == Mrp::MrpRegistrarState::in) {
+      return r.value;
+    }
+  }
+  return std::nullopt;
+}
+
+// The declaration of the Listener a bridge's port registered for a stream:
+// the engine stores only the stream id, the bridge keeps what it heard.
+std::optional<Mrp::MsrpListenerEvent> listenerHeard(const Bridge& bridge, const std::string& port,
+                                                    std::uint64_t streamId) {
+  const MrpAgent::StreamTable table = bridge.streamTable();
+  for (const auto& stream : table.streams) {
+    if (stream.streamId != streamId) continue;
+    for (const auto& row : stream.ports) {
+      if (row.port == port) return row.listener;
+    }
+  }
+  return std::nullopt;
+}
+
+TEST_F(MsrpBridgeLineTest, AStreamIsReservedOnEveryHopTowardsAReadyListenerWithItsLatencyAdded) {
+  h1.declare(AttributeValue(talker(7)), "e0");
+  h2.declare(AttributeValue(Mrp::MsrpListenerAttribute(7, Mrp::MsrpListenerEvent::ready)), "e0");
+  h3.declare(AttributeValue(Mrp::MsrpListenerAttribute(7, Mrp::MsrpListenerEvent::askingFailed)), "e0");
+  clock->advance(1);
+  // 100-octet frames, one per 125 us: 9,088,000 bit/s of 750 Mb/s.
+  EXPECT_TRUE(heard("sw1:p2 reserved 7 A 9088000 of 750000000"));
+  EXPECT_TRUE(heard("sw2:p2 reserved 7 A 9088000 of 750000000"));
+  EXPECT_FALSE(heard("sw2:p3 reserved 7 A 9088000 of 750000000")) << "h3 asks, it is not ready";
+  // Two hops of one 1542-octet frame at 1 Gb/s each.
+  Mrp::MsrpTalkerAdvertiseAttribute atListener = talker(7);
+  atListener.accumulatedLatencyIs(1000 + 2 * 12'336);
+  EXPECT_EQ(registeredValue(h2, "e0", 1, 7), AttributeValue(atListener));
+  // Ready on one port and asking on the other: readyFailed towards the talker.
+  EXPECT_EQ(listenerHeard(h1, "e0", 7), Mrp::MsrpListenerEvent::readyFailed);
+  const MrpAgent::StreamTable table = sw2.streamTable();
+  ASSERT_EQ(table.streams.size(), 1u);
+  EXPECT_EQ(table.streams[0].talkerPort, "p1");
+  ASSERT_EQ(table.streams[0].ports.size(), 2u);
+  EXPECT_TRUE(table.streams[0].ports[0].reserved);
+  EXPECT_EQ(table.streams[0].ports[0].bandwidth, 9'088'000u);
+  EXPECT_FALSE(table.streams[0].ports[1].reserved);
+  ASSERT_EQ(table.classes.size(), 1u);
+  EXPECT_EQ(table.classes[0].port, "p2");
+  EXPECT_EQ(table.classes[0].shaper, (MrpAgent::CbsParameters{9'088'000, -990'912'000, 15, -141}));
+}
+
+TEST_F(MsrpBridgeLineTest, AListenersChangeOfMindIsHeardAndMergedOnTheWayToTheTalker) {
+  h1.declare(AttributeValue(talker(7)), "e0");
+  h2.declare(AttributeValue(Mrp::MsrpListenerAttribute(7, Mrp::MsrpListenerEvent::askingFailed)), "e0");
+  clock->advance(1);
+  EXPECT_EQ(listenerHeard(h1, "e0", 7), Mrp::MsrpListenerEvent::askingFailed);
+  recorder.lines.clear();
+  h2.declare(AttributeValue(Mrp::MsrpListenerAttribute(7, Mrp::MsrpListenerEvent::ready)), "e0");
+  clock->advance(1);
+  EXPECT_TRUE(heard("sw2:p2 listener 7 ready"));
+  EXPECT_TRUE(heard("sw2:p2 reserved 7 A 9088000 of 750000000"));
+  EXPECT_TRUE(heard("sw1:p2 listener 7 ready"));
+  EXPECT_TRUE(heard("sw1:p2 reserved 7 A 9088000 of 750000000"));
+  EXPECT_TRUE(heard("h1:e0 listener 7 ready"));
+  EXPECT_FALSE(heard("h1:e0 +7")) << "the registration was not made again, only its declaration changed";
+}
+
+// An end station's talker is admitted on its own port as a bridge's is.
+TEST_F(MsrpBridgeLineTest, ATalkerWithoutAnSrClassPriorityIsRefusedWhereItIsDeclaredAndPassedOnAsItCame) {
+  Mrp::MsrpTalkerAdvertiseAttribute background = talker(9);
+  background.priorityAndRankIs(Mrp::PriorityAndRank(0, 1));
+  h1.declare(AttributeValue(background), "e0");
+  h2.declare(AttributeValue(Mrp::MsrpListenerAttribute(9, Mrp::MsrpListenerEvent::ready)), "e0");
+  clock->advance(1);
+  EXPECT_TRUE(heard("h1:e0 failed 9 code 13"));
+  EXPECT_FALSE(heard("sw1:p2 failed 9 code 13")) << "a Talker Failed is passed on, not refused again";
+  const std::optional<AttributeValue> failed = registeredValue(h2, "e0", 2, 9);
+  ASSERT_TRUE(failed);
+  EXPECT_EQ(std::get<Mrp::MsrpTalkerFailedAttribute>(failed->record()).failureInformation(),
+            Mrp::FailureInformation(h1.bridgeId(), 13));
+  EXPECT_EQ(listenerHeard(h1, "e0", 9), Mrp::MsrpListenerEvent::askingFailed);
+  EXPECT_EQ(std::count_if(recorder.lines.begin(), recorder.lines.end(),
+                          [](const std::string& line) { return line.find(" reserved ") != std::string::npos; }),
+            0);
 }
 
 }  // namespace
