@@ -29,6 +29,14 @@ std::vector<Json> jsonLines(const std::string& text) {
 }
 
 const AttributeValue kVlan(Mrp::MvrpVlanAttribute(10));
+constexpr std::uint64_t kStream = 0x001b210000010001;
+const MrpAgent::ReservationChange kReserved{kStream, true, MrpAgent::kSrClassA, 9'088'000, 18'176'000, 750'000'000};
+const Mrp::MsrpTalkerFailedAttribute kFailed(
+    Mrp::MsrpTalkerAdvertiseAttribute(kStream, Mrp::DataFrameParameters(Velo::EthAddr(0x91, 0xe0, 0xf0, 0, 0xfe, 1), 2),
+                                      Mrp::Tspec(100, 1), Mrp::PriorityAndRank(3, 1), 13'336),
+    Mrp::FailureInformation(0x8000020000000002, 1));
+const Mrp::MsrpListenerAttribute kReady(kStream, Mrp::MsrpListenerEvent::ready);
+
 // 2026-11-24, 19:19:28.123 UTC.
 constexpr double kWallTime = 1795547968.123;
 
@@ -86,8 +94,55 @@ INSTANTIATE_TEST_SUITE_P(
                      t.roleChanged(p, Stp::MstiPortStatus::Role::designated, Stp::MstiPortStatus::Role::alternate);
                    }},
         PlacedLine{"PortChanged", [](JsonTimeline& t, const TimelinePlace& p) { t.portChanged(p, "up"); }},
-        PlacedLine{"Registrations", [](JsonTimeline& t, const TimelinePlace& p) { t.registrations(p, {}); }}),
+        PlacedLine{"Registrations", [](JsonTimeline& t, const TimelinePlace& p) { t.registrations(p, {}); }},
+        PlacedLine{"Reservation", [](JsonTimeline& t, const TimelinePlace& p) { t.reservationChanged(p, kReserved); }},
+        PlacedLine{"TalkerFailed", [](JsonTimeline& t, const TimelinePlace& p) { t.talkerFailed(p, kFailed); }},
+        PlacedLine{"ListenerDeclared", [](JsonTimeline& t, const TimelinePlace& p) { t.listenerDeclared(p, kReady); }},
+        PlacedLine{"Streams", [](JsonTimeline& t, const TimelinePlace& p) { t.streams(p, {}); }}),
     [](const ::testing::TestParamInfo<PlacedLine>& info) { return std::string(info.param.name); });
+
+// One event of a stream and the line it makes at sw2:p2, 2.1 s.
+struct StreamLine {
+  const char* name;
+  std::function<void(JsonTimeline&, const TimelinePlace&)> write;
+  const char* line;
+};
+
+class JsonTimelineStreamTest : public ::testing::TestWithParam<StreamLine> {};
+
+TEST_P(JsonTimelineStreamTest, NamesTheStreamByItsIdAndItsKey) {
+  std::ostringstream out;
+  JsonTimeline timeline(out);
+  GetParam().write(timeline, TimelinePlace{2.1, "sw2", "p2", std::nullopt});
+  EXPECT_EQ(jsonLines(out.str()), std::vector<Json>{Json::parse(GetParam().line)});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Events, JsonTimelineStreamTest,
+    ::testing::Values(
+        StreamLine{"Reserved", [](JsonTimeline& t, const TimelinePlace& p) { t.reservationChanged(p, kReserved); },
+                   R"({"t": 2.1, "bridge": "sw2", "port": "p2", "app": "msrp", "reservation": "reserved",
+                       "streamId": "00:1b:21:00:00:01:00:01", "key": "7636108254969857", "class": "A",
+                       "bandwidth": 9088000, "total": 18176000, "limit": 750000000})"},
+        StreamLine{"Released",
+                   [](JsonTimeline& t, const TimelinePlace& p) {
+                     t.reservationChanged(p, {kStream, false, MrpAgent::kSrClassB, 3'392'000, 0, 750'000'000});
+                   },
+                   R"({"t": 2.1, "bridge": "sw2", "port": "p2", "app": "msrp", "reservation": "released",
+                       "streamId": "00:1b:21:00:00:01:00:01", "key": "7636108254969857", "class": "B",
+                       "bandwidth": 3392000, "total": 0, "limit": 750000000})"},
+        StreamLine{"TalkerFailed", [](JsonTimeline& t, const TimelinePlace& p) { t.talkerFailed(p, kFailed); },
+                   R"({"t": 2.1, "bridge": "sw2", "port": "p2", "app": "msrp",
+                       "talkerFailed": {"code": 1, "text": "insufficient bandwidth",
+                                        "bridgeId": "80:00:02:00:00:00:00:02"},
+                       "streamId": "00:1b:21:00:00:01:00:01", "key": "7636108254969857",
+                       "accumulatedLatency": 13336})"},
+        StreamLine{"ListenerDeclared", [](JsonTimeline& t, const TimelinePlace& p) { t.listenerDeclared(p, kReady); },
+                   R"({"t": 2.1, "bridge": "sw2", "port": "p2", "app": "msrp", "listener": "declared",
+                       "streamId": "00:1b:21:00:00:01:00:01", "key": "7636108254969857", "declaration": "ready"})"},
+        StreamLine{"Streams", [](JsonTimeline& t, const TimelinePlace& p) { t.streams(p, {}); },
+                   R"({"t": 2.1, "bridge": "sw2", "port": "p2", "streams": [], "classes": []})"}),
+    [](const ::testing::TestParamInfo<StreamLine>& info) { return std::string(info.param.name); });
 
 // Stream ids above 2^53 one apart: a talker with a locally administered
 // address, streams 1 and 2. A double has no odd integers up there.

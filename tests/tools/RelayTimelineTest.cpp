@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "AttributeMessage.h"
+#include "BridgeId.h"
 #include "ValueText.h"
 
 namespace MrpTest {
@@ -27,12 +29,26 @@ class LineTimeline : public MrpCli::Timeline {
     add(p, "forgot " + MrpCli::valueText(v) + " (" + MrpCli::forgetCauseName(cause) + ")");
   }
   void portChanged(const TimelinePlace& p, const std::string& state) override { add(p, "port " + state); }
+  void reservationChanged(const TimelinePlace& p, const MrpAgent::ReservationChange& c) override {
+    add(p, std::string(c.reserved ? "reserved " : "released ") + MrpCli::streamIdText(c.streamId) + " " +
+               c.srClass.name + " " + std::to_string(c.bandwidth) + " " + std::to_string(c.total) + "/" +
+               std::to_string(c.limit));
+  }
+  void talkerFailed(const TimelinePlace& p, const Mrp::MsrpTalkerFailedAttribute& declared) override {
+    const Mrp::FailureInformation& failure = declared.failureInformation();
+    add(p, MrpCli::valueText(AttributeValue(declared)) + " by " + MrpAgent::bridgeIdText(failure.bridgeId()) +
+               " latency " + std::to_string(declared.talkerAdvertiseAttribute().accumulatedLatency()));
+  }
+  void listenerDeclared(const TimelinePlace& p, const Mrp::MsrpListenerAttribute& listener) override {
+    add(p, std::string("declared ").append(MrpCli::valueText(AttributeValue(listener))));
+  }
   void transmitted(const TimelinePlace&, Mrp::MrpApplication, const std::vector<std::uint8_t>&,
                    const std::vector<std::uint8_t>&) override {}
   void injected(const TimelinePlace&, const std::vector<std::uint8_t>&) override {}
   void linkChanged(Quarn::Seconds, const std::string&, const std::string&, bool) override {}
   void roleChanged(const TimelinePlace&, Stp::MstiPortStatus::Role, Stp::MstiPortStatus::Role) override {}
   void registrations(const TimelinePlace&, const std::vector<MrpAgent::Registration>&) override {}
+  void streams(const TimelinePlace&, const MrpAgent::StreamTable&) override {}
 
   std::vector<std::string> lines;
 
@@ -50,6 +66,24 @@ const std::vector<AttributeValue> kValues = {
         Mrp::Tspec(100, 1), Mrp::PriorityAndRank(3, 1), 1000)),
     AttributeValue(Mrp::MsrpListenerAttribute(0xffffffffffffffffULL, Mrp::MsrpListenerEvent::askingFailed)),
     AttributeValue(Mrp::MsrpDomainAttribute(6, 3, 2)),
+};
+
+const Mrp::MsrpTalkerFailedAttribute kFailed(std::get<Mrp::MsrpTalkerAdvertiseAttribute>(kValues[1].record()),
+                                             Mrp::FailureInformation(0x8000020000000002, 1));
+
+// What a worker tells of its streams: each kind with the fields that would
+// show a field lost on the way.
+const std::vector<std::function<void(MrpCli::Timeline&, const TimelinePlace&)>> kStreamEvents = {
+    [](MrpCli::Timeline& t, const TimelinePlace& p) {
+      t.reservationChanged(p, {0xffffffffffffffffULL, true, MrpAgent::kSrClassA, 9'088'000, 18'176'000, 750'000'000});
+    },
+    [](MrpCli::Timeline& t, const TimelinePlace& p) {
+      t.reservationChanged(p, {1, false, MrpAgent::kSrClassB, 3'392'000, 0, 7'500'000'000});
+    },
+    [](MrpCli::Timeline& t, const TimelinePlace& p) { t.talkerFailed(p, kFailed); },
+    [](MrpCli::Timeline& t, const TimelinePlace& p) {
+      t.listenerDeclared(p, Mrp::MsrpListenerAttribute(1, Mrp::MsrpListenerEvent::readyFailed));
+    },
 };
 
 TEST(AttributeMessageTest, EveryValueArrivesAsItLeft) {
@@ -88,9 +122,10 @@ TEST(RelayTimelineTest, EachEventReachesTheSupervisorsTimelineAsItHappened) {
       timeline->forgot(place, value, MrpAgent::Bridge::ForgetCause::blocked);
     }
     timeline->portChanged(place, "down");
+    for (const auto& event : kStreamEvents) event(*timeline, place);
   }
   EXPECT_EQ(relayed.lines, direct.lines);
-  EXPECT_EQ(relayed.lines.size(), kValues.size() * 6 + 1);
+  EXPECT_EQ(relayed.lines.size(), kValues.size() * 6 + 1 + kStreamEvents.size());
 }
 
 TEST(RelayTimelineTest, AMessageThatIsNoEventIsRefused) {
@@ -98,7 +133,16 @@ TEST(RelayTimelineTest, AMessageThatIsNoEventIsRefused) {
   for (const char* text : {R"({"ready": true})", R"({"timeline": "indicated", "t": 1, "port": "eth1"})",
                            R"({"timeline": "portChanged", "t": 1, "port": "eth1"})",
                            R"({"timeline": "exploded", "t": 1, "port": "eth1", "attribute": {}})",
-                           R"({"timeline": "indicated", "t": "soon", "port": "eth1"})"}) {
+                           R"({"timeline": "indicated", "t": "soon", "port": "eth1"})",
+                           R"({"timeline": "reservationChanged", "t": 1, "port": "eth1"})",
+                           R"({"timeline": "reservationChanged", "t": 1, "port": "eth1", "reservation": {"streamId": 1,
+                               "reserved": true, "class": "C", "bandwidth": 1, "total": 1, "limit": 1}})",
+                           R"({"timeline": "reservationChanged", "t": 1, "port": "eth1", "reservation": {"streamId": -1,
+                               "reserved": true, "class": "A", "bandwidth": 1, "total": 1, "limit": 1}})",
+                           R"({"timeline": "talkerFailed", "t": 1, "port": "eth1",
+                               "attribute": {"app": "mvrp", "type": 1, "record": "000a"}})",
+                           R"({"timeline": "listenerDeclared", "t": 1, "port": "eth1",
+                               "attribute": {"app": "msrp", "type": 4, "record": "06030002"}})"}) {
     EXPECT_FALSE(MrpCli::relayTimelineMessage(nlohmann::ordered_json::parse(text), "agent", timeline)) << text;
   }
   EXPECT_TRUE(timeline.lines.empty());

@@ -80,6 +80,10 @@ class Recorder : public MrpCli::Timeline {
   void linkChanged(Quarn::Seconds, const std::string&, const std::string&, bool) override {}
   void roleChanged(const MrpCli::TimelinePlace&, Stp::MstiPortStatus::Role, Stp::MstiPortStatus::Role) override {}
   void portChanged(const MrpCli::TimelinePlace&, const std::string&) override {}
+  void reservationChanged(const MrpCli::TimelinePlace&, const MrpAgent::ReservationChange&) override {}
+  void talkerFailed(const MrpCli::TimelinePlace&, const Mrp::MsrpTalkerFailedAttribute&) override {}
+  void listenerDeclared(const MrpCli::TimelinePlace&, const Mrp::MsrpListenerAttribute&) override {}
+  void streams(const MrpCli::TimelinePlace&, const MrpAgent::StreamTable&) override {}
   void registrations(const MrpCli::TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override {
     for (const MrpAgent::Registration& registration : held) {
       if (registration.registrar != Mrp::MrpRegistrarState::in) continue;

@@ -170,11 +170,18 @@ TEST_F(DefaultSimTest, TheRunEndsWithOneRegistrationTablePerBridge) {
                             "classId": 6, "priority": 3, "vid": 2, "registrar": "IN", "applicant": "QA"})"));
 }
 
+// The talker is declared at 0 s, before h1 has registered sw1's Domain: for
+// that first transmit cycle h1 refuses it (a boundary port), and the Talker
+// Failed leaves a leave time later. From the first LeaveAll on, nothing leaves.
 TEST(SimCommandTest, ThreeHundredSecondsOfRandomisedLeaveAllGiveNoLeaveIndication) {
   const std::vector<Json> lines = simJson({kScenarios + "leaveall-300s.json"});
   EXPECT_GT(countWhere(lines, [](const Json& l) { return l.contains("leaveAll"); }), 100u);
   EXPECT_GE(countWhere(lines, [](const Json& l) { return l.value("indication", "") == "join"; }), 10u);
-  for (const Json& line : lines) EXPECT_NE(line.value("indication", ""), "leave") << line;
+  const auto firstLeaveAll =
+      std::find_if(lines.begin(), lines.end(), [](const Json& l) { return l.contains("leaveAll"); });
+  ASSERT_NE(firstLeaveAll, lines.end());
+  for (auto line = firstLeaveAll; line != lines.end(); ++line)
+    EXPECT_NE(line->value("indication", ""), "leave") << *line;
 }
 
 TEST(SimCommandTest, TheSameSeedGivesTheSameOutputByteForByteAndAnotherSeedAnother) {
@@ -265,6 +272,50 @@ TEST(SimCommandTest, TheTimelineReadsAsAlignedColumnsAndEndsWithTheRegistrationT
                                             "registrar  applicant\n"));
   EXPECT_THAT(run.out, ::testing::HasSubstr("\n  e0    mvrp  VLAN 10                                                     "
                                             "IN         VO\n"));
+}
+
+// tests/tools/scenarios/stream-line.json: eight class A streams over a
+// 100 Mb/s link between sw2 and sw3, a ninth refused by sw2 until the first
+// is withdrawn.
+TEST(SimCommandTest, EachMsrpBridgeWithStreamsEndsWithItsStreamTableAfterItsRegistrations) {
+  const std::vector<Json> lines = simJson({kScenarios + "stream-line.json"});
+  std::vector<std::string> tables;
+  const Json* sw2 = nullptr;
+  for (const Json& line : lines) {
+    if (line.contains("registrations")) tables.push_back("registrations " + line["bridge"].get<std::string>());
+    if (!line.contains("streams")) continue;
+    tables.push_back("streams " + line["bridge"].get<std::string>());
+    if (line["bridge"] == "sw2") sw2 = &line;
+  }
+  EXPECT_THAT(tables, ::testing::ElementsAre("registrations h1", "streams h1", "registrations sw1", "streams sw1",
+                                             "registrations sw2", "streams sw2", "registrations sw3", "streams sw3",
+                                             "registrations h2", "streams h2"));
+  ASSERT_NE(sw2, nullptr);
+  EXPECT_EQ((*sw2)["streams"].size(), 8u) << "streams 2-9";
+  ASSERT_EQ((*sw2)["classes"].size(), 1u);
+  const Json& shaped = (*sw2)["classes"][0];
+  EXPECT_EQ(shaped["port"], "p2");
+  EXPECT_EQ(shaped["portSpeed"], 100'000'000);
+  EXPECT_EQ(shaped["reserved"], 8 * 9'088'000);
+  EXPECT_EQ(shaped["limit"], 75'000'000);
+  EXPECT_EQ(shaped["tc"],
+            "tc qdisc replace dev p2 parent 100:1 cbs idleslope 72704 sendslope -27296 hicredit 1122 "
+            "locredit -39 offload 0");
+}
+
+TEST(SimCommandTest, ReservationsAndRefusalsReadInWordsAndTheTablesEndTheRun) {
+  const MrpRun run = mrp({"sim", kScenarios + "stream-line.json"});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(run.out, ::testing::HasSubstr("  sw2     p2    msrp  reserved stream 00:1b:21:00:00:01:00:08 class A "
+                                            "9.088 Mb/s (port class A 72.704 Mb/s of 75 Mb/s)\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr("  sw2     p2    msrp  Talker Failed 00:1b:21:00:00:01:00:09: insufficient "
+                                            "bandwidth (code 1), bridge 80:00:02:00:00:00:00:02\n"));
+  EXPECT_THAT(run.out, ::testing::HasSubstr(R"(
+sw2 reservations
+  port  speed     class  reserved     total        limit    idleSlope     sendSlope      hiCredit  loCredit
+  p2    100 Mb/s  A      72.704 Mb/s  72.704 Mb/s  75 Mb/s  72704 kbit/s  -27296 kbit/s  1122 B    -39 B
+    tc qdisc replace dev p2 parent 100:1 cbs idleslope 72704 sendslope -27296 hicredit 1122 locredit -39 offload 0
+)"));
 }
 
 TEST(SimCommandTest, ALinkCutAndRestoredReadsInWords) {
@@ -366,8 +417,12 @@ TEST(ReplayCommandTest, ACaptureOfTheSimulatorReproducesWhatWasRegisteredOnTheLi
   const MrpRun replay = mrp({"replay", dir.file("pcap/sw1-p2_sw2-p1.pcap"), "--json", "--out", dir.file("out.pcap")});
   ASSERT_EQ(replay.status, 0) << replay.err;
   const std::vector<Json> lines = jsonLines(replay.out);
-  EXPECT_EQ(registered(lines.back()), expected);
-  EXPECT_EQ(lines.back()["bridge"], "replay");
+  // The registrations, before the replaying bridge's streams.
+  const auto table =
+      std::find_if(lines.rbegin(), lines.rend(), [](const Json& l) { return l.contains("registrations"); });
+  ASSERT_NE(table, lines.rend());
+  EXPECT_EQ(registered(*table), expected);
+  EXPECT_EQ((*table)["bridge"], "replay");
 
   // What the replaying bridge sent is in --out, frame for frame.
   std::vector<std::string> sent;

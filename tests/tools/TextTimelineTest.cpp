@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "StreamTableJson.h"
+#include "StreamTableText.h"
 #include "WallTime.h"
 
 namespace {
@@ -221,6 +223,97 @@ TEST(TextTimelineWallClockTest, TheTimeColumnShowsTheWallClockAlignedWithItsHead
                                     wall + "  sw1     p1    mvrp  join VLANs 10-11",
                                     column("13.000") + "                      link sw1:p1 - sw2:p1 down",
                                 }));
+}
+
+constexpr std::uint64_t kStream = 0x001b210000010001;
+
+Mrp::MsrpTalkerAdvertiseAttribute talker(std::uint32_t latency) {
+  return Mrp::MsrpTalkerAdvertiseAttribute(kStream,
+                                           Mrp::DataFrameParameters(Velo::EthAddr(0x91, 0xe0, 0xf0, 0, 0xfe, 1), 2),
+                                           Mrp::Tspec(100, 1), Mrp::PriorityAndRank(3, 1), latency);
+}
+
+Mrp::MsrpListenerAttribute listener(Mrp::MsrpListenerEvent declaration) {
+  return Mrp::MsrpListenerAttribute(kStream, declaration);
+}
+
+// One event of a stream and the line it makes.
+struct StreamRow {
+  std::string name;
+  std::function<void(Timeline&)> tell;
+  std::string line;
+};
+
+class TextTimelineStreamTest : public ::testing::TestWithParam<StreamRow> {};
+
+TEST_P(TextTimelineStreamTest, IsOneLineInTheColumns) {
+  std::ostringstream out;
+  TextTimeline timeline(out, {"sw1"}, {"p1", "p2"});
+  GetParam().tell(timeline);
+  EXPECT_EQ(linesOf(out.str()), (std::vector<std::string>{kHeading, GetParam().line}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Events, TextTimelineStreamTest,
+    ::testing::Values(
+        StreamRow{"Reserved",
+                  [](Timeline& t) {
+                    t.reservationChanged(placeOf(2.1, "p2"),
+                                         {kStream, true, MrpAgent::kSrClassA, 9'088'000, 18'176'000, 750'000'000});
+                  },
+                  "     2.100  sw1     p2    msrp  reserved stream 00:1b:21:00:00:01:00:01 class A 9.088 Mb/s "
+                  "(port class A 18.176 Mb/s of 750 Mb/s)"},
+        // Class B's limit counts class A's streams with its own.
+        StreamRow{"ReleasedOfClassB",
+                  [](Timeline& t) {
+                    t.reservationChanged(placeOf(9, "p2"),
+                                         {kStream, false, MrpAgent::kSrClassB, 3'392'000, 12'480'000, 75'000'000});
+                  },
+                  "     9.000  sw1     p2    msrp  released stream 00:1b:21:00:00:01:00:01 class B 3.392 Mb/s "
+                  "(port class A+B 12.48 Mb/s of 75 Mb/s)"},
+        StreamRow{"TalkerFailed",
+                  [](Timeline& t) {
+                    t.talkerFailed(
+                        placeOf(3.1, "p2"),
+                        Mrp::MsrpTalkerFailedAttribute(talker(13'336), Mrp::FailureInformation(0x8000020000000002, 1)));
+                  },
+                  "     3.100  sw1     p2    msrp  Talker Failed 00:1b:21:00:00:01:00:01: insufficient bandwidth "
+                  "(code 1), bridge 80:00:02:00:00:00:00:02"},
+        StreamRow{"TalkerFailedWithAnotherBridgesCode",
+                  [](Timeline& t) {
+                    t.talkerFailed(placeOf(3.1, "p2"),
+                                   Mrp::MsrpTalkerFailedAttribute(talker(13'336),
+                                                                  Mrp::FailureInformation(0x8000020000000002, 99)));
+                  },
+                  "     3.100  sw1     p2    msrp  Talker Failed 00:1b:21:00:00:01:00:01: failure code 99, "
+                  "bridge 80:00:02:00:00:00:00:02"},
+        StreamRow{
+            "ListenerDeclared",
+            [](Timeline& t) { t.listenerDeclared(placeOf(5.1, "p2"), listener(Mrp::MsrpListenerEvent::readyFailed)); },
+            "     5.100  sw1     p2    msrp  listener 00:1b:21:00:00:01:00:01 readyFailed"}),
+    [](const ::testing::TestParamInfo<StreamRow>& info) { return info.param.name; });
+
+TEST_F(TextTimelineTest, AListenersNewDeclarationIsWhatThePortHoldsFromThenOn) {
+  indicated(1, "p2", AttributeValue(listener(Mrp::MsrpListenerEvent::askingFailed)), true);
+  timeline.listenerDeclared(placeOf(5, "p2"), listener(Mrp::MsrpListenerEvent::ready));
+  indicated(6, "p2", AttributeValue(listener(Mrp::MsrpListenerEvent::ready)), true);  // a New's second message
+  indicated(7, "p2", AttributeValue(listener(Mrp::MsrpListenerEvent::askingFailed)), true);
+  EXPECT_EQ(linesOf(out.str()),
+            (std::vector<std::string>{
+                kHeading,
+                "     1.000  sw1     p2    msrp  join listener 00:1b:21:00:00:01:00:01 askingFailed",
+                "     5.000  sw1     p2    msrp  listener 00:1b:21:00:00:01:00:01 ready",
+                "     7.000  sw1     p2    msrp  join listener 00:1b:21:00:00:01:00:01 askingFailed",
+            }));
+}
+
+TEST_F(TextTimelineTest, ABridgesStreamsFollowItsRegistrations) {
+  MrpAgent::StreamTable table;
+  table.streams.push_back({kStream, "p1", AttributeValue(talker(1000)), std::nullopt, {}});
+  timeline.registrations(placeOf(9, ""), {});
+  timeline.streams(placeOf(9, ""), table);
+  EXPECT_EQ(out.str(), "\nRegistrations at 9.000 s\n\nsw1\n  (none)\n\n" +
+                           MrpCli::streamTableText("sw1", MrpCli::streamTableJson(table)));
 }
 
 TEST(TextTimelineLeaveAllTest, HidingLeaveAllLeavesEveryOtherRowAsItIs) {

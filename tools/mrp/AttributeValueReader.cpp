@@ -102,14 +102,6 @@ MrpAgent::AttributeValue listenerOf(const JsonNode& node) {
   return MrpAgent::AttributeValue(Mrp::MsrpListenerAttribute(streamIdOf(node["streamId"]), *event));
 }
 
-MrpAgent::AttributeValue domainOf(const JsonNode& node) {
-  node.object({"classId", "priority", "vid"});
-  return MrpAgent::AttributeValue(
-      Mrp::MsrpDomainAttribute(static_cast<std::uint8_t>(node["classId"].whole(0, 0xff, "a class id")),
-                               static_cast<std::uint8_t>(node["priority"].whole(0, 7, "a priority")),
-                               vlanOf(node["vid"])));
-}
-
 // The values of a declaration; a VLAN list, where `lists` allows one, gives
 // one value per VLAN.
 std::vector<MrpAgent::AttributeValue> valuesOf(const JsonNode& node, const std::vector<Mrp::MrpApplication>& applications,
@@ -140,7 +132,7 @@ std::vector<MrpAgent::AttributeValue> valuesOf(const JsonNode& node, const std::
   } else if (kind == "listener") {
     values.push_back(listenerOf(node["listener"]));
   } else {
-    values.push_back(domainOf(node["domain"]));
+    values.push_back(MrpAgent::AttributeValue(msrpDomainOf(node["domain"])));
   }
   return values;
 }
@@ -165,6 +157,13 @@ std::optional<std::uint64_t> talkerNamedByStreamId(const JsonNode& node,
 std::vector<MrpAgent::AttributeValue> attributeValuesOf(const JsonNode& node,
                                                         const std::vector<Mrp::MrpApplication>& applications) {
   return valuesOf(node, applications, true);
+}
+
+Mrp::MsrpDomainAttribute msrpDomainOf(const JsonNode& node) {
+  node.object({"classId", "priority", "vid"});
+  return Mrp::MsrpDomainAttribute(static_cast<std::uint8_t>(node["classId"].whole(0, 0xff, "a class id")),
+                                  static_cast<std::uint8_t>(node["priority"].whole(0, 7, "a priority")),
+                                  vlanOf(node["vid"]));
 }
 
 }  // namespace MrpCli

@@ -29,4 +29,7 @@ std::optional<std::uint64_t> talkerNamedByStreamId(const JsonNode& node,
 std::vector<MrpAgent::AttributeValue> attributeValuesOf(const JsonNode& node,
                                                         const std::vector<Mrp::MrpApplication>& applications);
 
+// A Domain: {"classId": 6, "priority": 3, "vid": 2}.
+Mrp::MsrpDomainAttribute msrpDomainOf(const JsonNode& node);
+
 }  // namespace MrpCli

@@ -16,6 +16,12 @@ std::string parseMessage(const nlohmann::json::parse_error& error) {
 
 }  // namespace
 
+std::string commaListed(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text.append(text.empty() ? "" : ", ").append(name);
+  return text;
+}
+
 nlohmann::ordered_json jsonParsed(std::string_view text) {
   try {
     return nlohmann::ordered_json::parse(text);

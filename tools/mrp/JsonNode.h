@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <vector>
 #include <string_view>
 
 namespace MrpCli {
@@ -16,6 +17,9 @@ class JsonInputError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// "a, b, c": names for a message that says which are allowed.
+std::string commaListed(const std::vector<std::string>& names);
 
 // The JSON of text; throws JsonInputError "not JSON: ..." for text that is not.
 nlohmann::ordered_json jsonParsed(std::string_view text);

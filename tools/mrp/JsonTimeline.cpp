@@ -7,6 +7,7 @@
 #include "Hex.h"
 #include "JsonLine.h"
 #include "RegistrationText.h"
+#include "StreamTableJson.h"
 #include "ValueText.h"
 #include "WallTime.h"
 
@@ -26,6 +27,12 @@ Json placed(const TimelinePlace& place) {
   line["bridge"] = place.bridge;
   if (!place.port.empty()) line["port"] = place.port;
   return line;
+}
+
+// A stream as the lines of its values name it: its id and its key.
+void streamAdd(Json& line, std::uint64_t streamId) {
+  line["streamId"] = streamIdText(streamId);
+  line["key"] = attributeKeyJson(streamId);
 }
 
 std::string hexOf(const std::vector<std::uint8_t>& octets) { return hexEncode(octets.data(), octets.size()); }
@@ -94,6 +101,44 @@ void JsonTimeline::registrations(const TimelinePlace& place, const std::vector<M
 void JsonTimeline::portChanged(const TimelinePlace& place, const std::string& state) {
   Json line = placed(place);
   line["portState"] = state;
+  out_ << jsonLine(line) << '\n';
+}
+
+void JsonTimeline::reservationChanged(const TimelinePlace& place, const MrpAgent::ReservationChange& change) {
+  Json line = placed(place);
+  line["app"] = applicationName(Mrp::MrpApplication::msrp);
+  line["reservation"] = change.reserved ? "reserved" : "released";
+  streamAdd(line, change.streamId);
+  line["class"] = std::string(1, change.srClass.name);
+  line["bandwidth"] = change.bandwidth;
+  line["total"] = change.total;
+  line["limit"] = change.limit;
+  out_ << jsonLine(line) << '\n';
+}
+
+void JsonTimeline::talkerFailed(const TimelinePlace& place, const Mrp::MsrpTalkerFailedAttribute& declared) {
+  const Mrp::MsrpTalkerAdvertiseAttribute& talker = declared.talkerAdvertiseAttribute();
+  Json line = placed(place);
+  line["app"] = applicationName(Mrp::MrpApplication::msrp);
+  line["talkerFailed"] = failureJson(declared.failureInformation());
+  streamAdd(line, talker.streamId());
+  line["accumulatedLatency"] = talker.accumulatedLatency();
+  out_ << jsonLine(line) << '\n';
+}
+
+void JsonTimeline::listenerDeclared(const TimelinePlace& place, const Mrp::MsrpListenerAttribute& listener) {
+  Json line = placed(place);
+  line["app"] = applicationName(Mrp::MrpApplication::msrp);
+  line["listener"] = "declared";
+  streamAdd(line, listener.streamId());
+  line["declaration"] = Mrp::enumText(listener.listenerEvent());
+  out_ << jsonLine(line) << '\n';
+}
+
+void JsonTimeline::streams(const TimelinePlace& place, const MrpAgent::StreamTable& table) {
+  Json line = placed(place);
+  Json members = streamTableJson(table);
+  for (auto& [name, member] : members.items()) line[name] = std::move(member);
   out_ << jsonLine(line) << '\n';
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "AttributeValue.h"
+#include "BridgeConfig.h"
 #include "MrpModel/MrpApplication.h"
 #include "MrpModel/MrpConfig.h"
 #include "quarn/Types.h"
@@ -28,10 +29,16 @@ struct Scenario {
     Quarn::Seconds leaveAllTime = Mrp::MrpConfig::kDefaultLeaveAllTime;
     bool randomizeLeaveAll = true;
     unsigned seed = 1;
+    // The share of each port's speed the SR classes may reserve (percent).
+    MrpAgent::DeltaBandwidth deltaBandwidth = MrpAgent::kDefaultDeltaBandwidth;
   };
   struct Bridge {
     std::string name;
     std::vector<std::string> ports;
+    // Its stream reservation keys (bridge id, port speeds and latencies, SR
+    // class domains); the timers and the classes' shares are the scenario's
+    // config's. (Initialised, so that a bridge may be written {name, ports}.)
+    MrpAgent::BridgeConfig config = {};
   };
   struct Link {
     PortRef a;

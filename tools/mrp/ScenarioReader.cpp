@@ -6,6 +6,7 @@
 #include "Applications.h"
 #include "AttributeValueReader.h"
 #include "Hex.h"
+#include "SrpConfigReader.h"
 #include "velo/EthHdr.h"
 
 namespace MrpCli {
@@ -50,12 +51,17 @@ class Reader {
   }
 
   void readConfig(const Node& node) {
-    node.object({"leaveTime", "leaveAllTime", "randomizeLeaveAll", "seed"});
+    node.object({"leaveTime", "leaveAllTime", "randomizeLeaveAll", "seed", "srp"});
     Scenario::Config& config = scenario_.config;
     if (node.has("leaveTime")) config.leaveTime = node["leaveTime"].seconds();
     if (node.has("leaveAllTime")) config.leaveAllTime = node["leaveAllTime"].seconds();
     if (node.has("randomizeLeaveAll")) config.randomizeLeaveAll = node["randomizeLeaveAll"].boolean();
     if (node.has("seed")) config.seed = static_cast<unsigned>(node["seed"].whole(0, 0xffffffff, "a seed"));
+    if (node.has("srp")) {
+      MrpAgent::BridgeConfig shares;
+      readSrp(node["srp"], shares);
+      config.deltaBandwidth = shares.deltaBandwidth;
+    }
   }
 
   void readBridges(const Node& node) {
@@ -64,7 +70,7 @@ class Reader {
     for (const auto& [name, member] : node.json().items()) {
       const Node bridge(member, node.place() + "." + name);
       if (!goodName(name)) bridge.fail("a bridge name is letters, digits, '-', '_' and '.'");
-      bridge.object({"ports"});
+      bridge.object({"ports", "bridgeId", "portSpeed", "portLatency", "domains"});
       const Node ports = bridge["ports"];
       if (ports.listSize() == 0) ports.fail("at least one port is needed");
       Scenario::Bridge& out = scenario_.bridges.emplace_back(Scenario::Bridge{name, {}});
@@ -74,6 +80,10 @@ class Reader {
         if (std::count(out.ports.begin(), out.ports.end(), port)) ports.item(i).fail("port '" + port + "' is listed twice");
         out.ports.push_back(port);
       }
+      if (bridge.has("domains") && !runs(Mrp::MrpApplication::msrp)) {
+        bridge["domains"].fail("domains need 'msrp' among the applications");
+      }
+      readBridgeSrp(bridge, out.ports, out.config);
     }
   }
 

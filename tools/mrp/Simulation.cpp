@@ -77,9 +77,10 @@ void Simulation::doBuildBridge(const Scenario::Bridge& described, std::size_t in
     }
     ports_[described.name + ":" + described.ports[i]] = std::move(end);
   }
-  MrpAgent::BridgeConfig config;
+  MrpAgent::BridgeConfig config = described.config;
   config.leaveTime = scenario_.config.leaveTime;
   config.leaveAllTime = scenario_.config.leaveAllTime;
+  config.deltaBandwidth = scenario_.config.deltaBandwidth;
   auto bridge = std::make_unique<MrpAgent::Bridge>(described.name, scenario_.applications, config, factory);
   for (const std::string& name : described.ports) bridge->portIs(name);
   bridge->observerIs(this);
@@ -100,7 +101,13 @@ void Simulation::run(Quarn::Seconds until) {
     doApply(event);
   }
   clock_->advanceTo(until);
-  for (const auto& bridge : bridges_) timeline_.registrations(placeOf(bridge->name(), ""), bridge->registrations());
+  for (const auto& bridge : bridges_) {
+    const TimelinePlace place = placeOf(bridge->name(), "");
+    timeline_.registrations(place, bridge->registrations());
+    if (!bridge->engine(Mrp::MrpApplication::msrp)) continue;
+    const MrpAgent::StreamTable table = bridge->streamTable();
+    if (!table.streams.empty()) timeline_.streams(place, table);
+  }
 }
 
 void Simulation::doApply(const Scenario::Event& event) {
@@ -176,6 +183,21 @@ void Simulation::onLeave(const MrpAgent::Bridge& bridge, const std::string& port
 void Simulation::onForget(const MrpAgent::Bridge& bridge, const std::string& port,
                           const MrpAgent::AttributeValue& value, MrpAgent::Bridge::ForgetCause cause) {
   timeline_.forgot(placeOf(bridge.name(), port), value, cause);
+}
+
+void Simulation::onReservation(const MrpAgent::Bridge& bridge, const std::string& port,
+                               const MrpAgent::ReservationChange& change) {
+  timeline_.reservationChanged(placeOf(bridge.name(), port), change);
+}
+
+void Simulation::onTalkerFailed(const MrpAgent::Bridge& bridge, const std::string& port,
+                                const Mrp::MsrpTalkerFailedAttribute& declared) {
+  timeline_.talkerFailed(placeOf(bridge.name(), port), declared);
+}
+
+void Simulation::onListenerDeclaration(const MrpAgent::Bridge& bridge, const std::string& port,
+                                       const Mrp::MsrpListenerAttribute& listener) {
+  timeline_.listenerDeclared(placeOf(bridge.name(), port), listener);
 }
 
 Simulation::Port& Simulation::port(const std::string& bridge, const std::string& port) {

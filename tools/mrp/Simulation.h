@@ -45,7 +45,8 @@ class Simulation : public MrpAgent::Bridge::Observer {
   void captureIs(const Scenario::PortRef& port, std::shared_ptr<CaptureWriter> capture, Quarn::Seconds origin = 0);
 
   // Runs the scenario's events up to `until` seconds, then tells each
-  // bridge's registrations at `until`.
+  // bridge's registrations at `until`, and the streams of each MSRP bridge
+  // that has any.
   void run(Quarn::Seconds until);
 
   // MrpAgent::Bridge::Observer
@@ -53,6 +54,12 @@ class Simulation : public MrpAgent::Bridge::Observer {
   void onLeave(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value) override;
   void onForget(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value,
                 MrpAgent::Bridge::ForgetCause cause) override;
+  void onReservation(const MrpAgent::Bridge& bridge, const std::string& port,
+                     const MrpAgent::ReservationChange& change) override;
+  void onTalkerFailed(const MrpAgent::Bridge& bridge, const std::string& port,
+                      const Mrp::MsrpTalkerFailedAttribute& declared) override;
+  void onListenerDeclaration(const MrpAgent::Bridge& bridge, const std::string& port,
+                             const Mrp::MsrpListenerAttribute& listener) override;
 
  private:
   struct Port;

@@ -6,7 +6,12 @@
 #include <variant>
 
 #include "Applications.h"
+#include "BitRateText.h"
+#include "BridgeId.h"
 #include "RegistrationText.h"
+#include "StreamTableJson.h"
+#include "StreamTableText.h"
+#include "TalkerAdmission.h"
 #include "ValueText.h"
 #include "VlanSetText.h"
 #include "WallTime.h"
@@ -44,6 +49,16 @@ std::string secondsText(Quarn::Seconds t) {
 // Rows of one line: the same moment, bridge and port.
 bool sameMoment(const TimelinePlace& a, const TimelinePlace& b) {
   return a.t == b.t && a.wallTime == b.wallTime && a.bridge == b.bridge && a.port == b.port;
+}
+
+// "class A", or "class A+B" for class B, whose limit counts class A's streams too.
+std::string cumulativeClassText(const MrpAgent::SrClass& srClass) {
+  std::string text = "class ";
+  for (std::size_t i = 0; i <= MrpAgent::srClassIndex(srClass) && i < std::size(MrpAgent::kSrClasses); ++i) {
+    if (i > 0) text.push_back('+');
+    text.push_back(MrpAgent::kSrClasses[i].name);
+  }
+  return text;
 }
 
 }  // namespace
@@ -147,17 +162,60 @@ void TextTimeline::roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::
   row(place, "", "role " + roleText(from) + " -> " + roleText(to));
 }
 
-void TextTimeline::registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) {
+void TextTimeline::tablesOnce(const TimelinePlace& place) {
   flush();
-  if (!tablesStarted_) {
-    tablesStarted_ = true;
-    out_ << "\nRegistrations at " << secondsText(place.t) << " s\n";
-  }
+  if (tablesStarted_) return;
+  tablesStarted_ = true;
+  out_ << "\nRegistrations at " << secondsText(place.t) << " s\n";
+}
+
+void TextTimeline::registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) {
+  tablesOnce(place);
   out_ << '\n' << place.bridge << '\n' << registrationTable(held, "  ");
+}
+
+void TextTimeline::streams(const TimelinePlace& place, const MrpAgent::StreamTable& table) {
+  tablesOnce(place);
+  out_ << '\n' << streamTableText(place.bridge, streamTableJson(table));
 }
 
 void TextTimeline::portChanged(const TimelinePlace& place, const std::string& state) {
   row(place, "", "port " + state);
+}
+
+void TextTimeline::reservationChanged(const TimelinePlace& place, const MrpAgent::ReservationChange& change) {
+  std::string event = change.reserved ? "reserved stream " : "released stream ";
+  event.append(streamIdText(change.streamId))
+      .append(" class ")
+      .append(1, change.srClass.name)
+      .append(" ")
+      .append(bitRateText(change.bandwidth))
+      .append(" (port ")
+      .append(cumulativeClassText(change.srClass))
+      .append(" ")
+      .append(bitRateText(change.total))
+      .append(" of ")
+      .append(bitRateText(change.limit))
+      .append(")");
+  row(place, "msrp", event);
+}
+
+void TextTimeline::talkerFailed(const TimelinePlace& place, const Mrp::MsrpTalkerFailedAttribute& declared) {
+  const Mrp::FailureInformation& failure = declared.failureInformation();
+  std::string event = "Talker Failed ";
+  event.append(streamIdText(declared.talkerAdvertiseAttribute().streamId()))
+      .append(": ")
+      .append(failureText(MrpAgent::failureCodeText(failure.failureCode()), failure.failureCode(),
+                          MrpAgent::bridgeIdText(failure.bridgeId())));
+  row(place, "msrp", event);
+}
+
+void TextTimeline::listenerDeclared(const TimelinePlace& place, const Mrp::MsrpListenerAttribute& listener) {
+  const MrpAgent::AttributeValue value(listener);
+  // What the port has registered now, so that a join of it is not shown again.
+  registered_.insert_or_assign(
+      Registered{place.bridge, place.port, value.application(), value.attributeType(), value.attributeKey()}, value);
+  row(place, "msrp", valueText(value));
 }
 
 }  // namespace MrpCli

@@ -28,8 +28,15 @@ struct TextTimelineOptions {
 //       time  bridge  port  app   event
 //      1.000  h1      e0    mvrp  declare VLANs 10-12, 20
 //      1.100  sw1     p1    mvrp  join VLANs 10-12, 20
+//      2.100  sw2     p2    msrp  listener 00:1b:21:00:00:01:00:01 ready
 //     12.400  sw1     p2    mvrp  LeaveAll sent (VLAN)
 //     40.000                      link sw2:p2 - sw3:p1 down
+//
+// A reservation reads "reserved stream <id> class A 9.088 Mb/s (port class
+// A 18.176 Mb/s of 750 Mb/s)": the stream's bandwidth, then what the port
+// reserves for the class and the classes before it, against their limit.
+// A refusal: "Talker Failed <id>: insufficient bandwidth (code 1), bridge
+// 80:00:02:00:00:00:00:02".
 //
 // VLANs that one port declares, withdraws, joins, leaves or forgets at one
 // time share a line: such a row is held back until a row that does not
@@ -39,6 +46,9 @@ struct TextTimelineOptions {
 // port has registered already, with the same value, is not shown again:
 // the engine indicates every received Domain join and each of a New's two
 // messages; the JSON timeline shows every indication.
+//
+// The run ends with each MSRP bridge's streams and reservations
+// (streamTableText) after its registrations.
 class TextTimeline : public Timeline {
  public:
   // The columns fit the longest of the bridge and port names.
@@ -56,6 +66,10 @@ class TextTimeline : public Timeline {
   void roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from, Stp::MstiPortStatus::Role to) override;
   void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) override;
   void portChanged(const TimelinePlace& place, const std::string& state) override;
+  void reservationChanged(const TimelinePlace& place, const MrpAgent::ReservationChange& change) override;
+  void talkerFailed(const TimelinePlace& place, const Mrp::MsrpTalkerFailedAttribute& declared) override;
+  void listenerDeclared(const TimelinePlace& place, const Mrp::MsrpListenerAttribute& listener) override;
+  void streams(const TimelinePlace& place, const MrpAgent::StreamTable& table) override;
   void flush() override;
 
  private:
@@ -74,6 +88,8 @@ class TextTimeline : public Timeline {
   void row(const TimelinePlace& place, const std::string& app, const std::string& event);
   void line(const TimelinePlace& place, const std::string& app, const std::string& event);
   void headingOnce();
+  // "Registrations at 90.000 s", once, before the first table of the run's end.
+  void tablesOnce(const TimelinePlace& place);
   std::string timeText(const TimelinePlace& place) const;
 
   // What each bridge's port has registered, by application, type and key.

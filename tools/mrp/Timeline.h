@@ -7,6 +7,8 @@
 
 #include "AttributeValue.h"
 #include "Bridge.h"
+#include "ReservationChange.h"
+#include "StreamTable.h"
 #include "quarn/Types.h"
 #include "stp/MstiPortStatus.h"
 
@@ -49,8 +51,18 @@ class Timeline {
   // A bridge's port came up, went down or disappeared ("up", "down",
   // "absent"): what the agent sees of its Linux ports.
   virtual void portChanged(const TimelinePlace& place, const std::string& state) = 0;
+  // A stream reserved or released on a bridge's port.
+  virtual void reservationChanged(const TimelinePlace& place, const MrpAgent::ReservationChange& change) = 0;
+  // A bridge refuses a stream on a port: it declares this Talker Failed there.
+  virtual void talkerFailed(const TimelinePlace& place, const Mrp::MsrpTalkerFailedAttribute& declared) = 0;
+  // A Listener registered on a bridge's port changed its declaration
+  // (AskingFailed, Ready, ReadyFailed) without leaving.
+  virtual void listenerDeclared(const TimelinePlace& place, const Mrp::MsrpListenerAttribute& listener) = 0;
   // What a bridge holds at the end of the run.
   virtual void registrations(const TimelinePlace& place, const std::vector<MrpAgent::Registration>& held) = 0;
+  // An MSRP bridge's streams and reservations at the end of the run, after
+  // its registrations; not told of a bridge that has no stream.
+  virtual void streams(const TimelinePlace& place, const MrpAgent::StreamTable& table) = 0;
   // Writes out what is held back: lines grouped with the ones of the same
   // time and port that may still come. Called when nothing more of that
   // time can come (the end of a dispatch, the end of a run).
