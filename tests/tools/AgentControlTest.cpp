@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "not JSON: parse error at line 1, column 21: syntax error while parsing object key - unexpected end of "
                    "input; expected string literal"},
         BadRequest{R"({"command": "reboot"})",
-                   "command: unknown command 'reboot' (declare, withdraw, show, counters, ports, trace)"},
+                   "command: unknown command 'reboot' (declare, withdraw, show, counters, ports, streams, trace)"},
         BadRequest{R"({"command": "declare", "attribute": {"port": "eth7", "app": "mvrp", "vlan": 10}})",
                    "attribute.port: no port 'eth7' (mrpnone0, mrpnone1)"},
         BadRequest{R"({"command": "declare", "attribute": {"app": "mvrp", "vlan": 4095}})",
@@ -96,7 +96,7 @@ TEST_F(AgentControlTest, MrpCtlPrintsTheRefusalOnOneLineAndFails) {
   EXPECT_EQ(run.err, "mrp ctl: attribute.vlan: 5000 is not a VLAN id (1..4094)\n");
   const MrpRun unknown = agent.ctl({"reboot"});
   EXPECT_EQ(unknown.status, 2);
-  EXPECT_EQ(unknown.err, "mrp ctl: unknown command 'reboot' (declare, withdraw, show, counters, ports, trace)\n");
+  EXPECT_EQ(unknown.err, "mrp ctl: unknown command 'reboot' (declare, withdraw, show, counters, ports, streams, trace)\n");
   expectRunning();
 }
 
@@ -154,7 +154,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  "attribute.vlan: 5000 is not a VLAN id (1..4094)"},
                       CtlFailure{{"withdraw", R"({"app": "mvrp", "vlan": 7})"}, 1,
                                  "nothing to withdraw: VLAN 7 is not declared on every port"},
-                      CtlFailure{{"reboot"}, 2, "unknown command 'reboot' (declare, withdraw, show, counters, ports, trace)"},
+                      CtlFailure{{"reboot"}, 2, "unknown command 'reboot' (declare, withdraw, show, counters, ports, streams, trace)"},
                       CtlFailure{{"declare"}, 2, "declare needs an attribute, e.g. '{\"app\": \"mvrp\", \"vlan\": 10}'"},
                       CtlFailure{{"show", "all"}, 2, "show takes no argument"}));
 
@@ -185,16 +185,18 @@ TEST_F(AgentControlTest, ATalkerIsWithdrawnByItsStreamIdAlone) {
 }
 
 TEST_F(AgentControlTest, PortsCountersAndAnEmptyTable) {
+  // An absent interface has no speed the kernel can tell.
   EXPECT_EQ(agent.ctl({"ports"}).out,
-            "port      state   mvrp    msrp\n"
-            "mrpnone0  absent  closed  closed\n"
-            "mrpnone1  absent  closed  closed\n");
+            "port      state   speed             mvrp    msrp\n"
+            "mrpnone0  absent  1 Gb/s (default)  closed  closed\n"
+            "mrpnone1  absent  1 Gb/s (default)  closed  closed\n");
   EXPECT_EQ(agent.ctl({"show"}).out, "(none)\n");
   EXPECT_EQ(agent.ctl({"show", "--json"}).out, "{\"registrations\": []}\n");
   const MrpRun counters = agent.ctl({"counters", "--json"});
   EXPECT_THAT(counters.out, ::testing::StartsWith(R"({"mvrp": {"numOfIncorrectPduVersion": 0,)"));
   EXPECT_THAT(counters.out, ::testing::HasSubstr(R"("msrp": {)"));
   EXPECT_THAT(agent.ctl({"counters"}).out, ::testing::HasSubstr("\nmsrp  numOfPktsProcessed         0\n"));
+  EXPECT_EQ(agent.ctl({"streams", "--json"}).out, "{\"streams\": [], \"classes\": []}\n");
 }
 
 TEST_F(AgentControlTest, TraceLevelsAreSetWhileItRuns) {

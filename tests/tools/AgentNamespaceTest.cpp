@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <signal.h>
 
 #include <algorithm>
@@ -185,14 +186,16 @@ TEST_F(AgentNamespaceTest, APortThatComesGoesAndReturnsIsOpenedClosedAndCleanedU
   a = agentIn(nsA, {"a0"});
   b = agentIn(nsB, {"b0", "b9"});
   const auto h = agentIn(nsH, {"h0"});
-  EXPECT_THAT(b->ctl({"ports"}).out, ::testing::HasSubstr("b9    absent  closed  closed\n"));
+  // No speed to read of an interface that is not there.
+  EXPECT_THAT(b->ctl({"ports"}).out, ::testing::HasSubstr("b9    absent  1 Gb/s (default)  closed  closed\n"));
   declareOn(*h, R"({"port": "h0", "app": "mvrp", "vlan": 30})");
 
   ASSERT_TRUE(nsB.ip("link add b9 type veth peer name h0 netns " + nsH.name()));
   ASSERT_TRUE(nsB.ip("link set b9 up") && nsH.ip("link set h0 up"));
   EXPECT_TRUE(secondsUntil(3, [&] { return a->registers("a0 mvrp 1 30 IN"); })) << b->process().out();
   EXPECT_TRUE(b->registers("b9 mvrp 1 30 IN"));
-  EXPECT_THAT(b->ctl({"ports"}).out, ::testing::HasSubstr("b9    up     open  open\n"));
+  // Read again when it comes up: a veth's 10 Gb/s.
+  EXPECT_THAT(b->ctl({"ports"}).out, ::testing::HasSubstr("b9    up     10 Gb/s (kernel)  open  open\n"));
 
   ASSERT_TRUE(nsB.ip("link set b9 down"));
   EXPECT_TRUE(secondsUntil(kLeaveTime + 1.5, [&] { return !a->registers("a0 mvrp 1 30 IN"); }));
@@ -205,7 +208,7 @@ TEST_F(AgentNamespaceTest, APortThatComesGoesAndReturnsIsOpenedClosedAndCleanedU
   ASSERT_TRUE(nsB.ip("link del b9"));
   EXPECT_TRUE(secondsUntil(kLeaveTime + 1.5, [&] { return !a->registers("a0 mvrp 1 30 IN"); }));
   EXPECT_THAT(b->process().out(), ::testing::HasSubstr("b9          port absent"));
-  EXPECT_THAT(b->ctl({"ports"}).out, ::testing::HasSubstr("b9    absent  closed  closed\n"));
+  EXPECT_THAT(b->ctl({"ports"}).out, ::testing::HasSubstr("b9    absent  10 Gb/s (kernel)  closed  closed\n"));
   for (AgentProcess* agent : {a.get(), b.get(), h.get()}) {
     EXPECT_TRUE(agent->process().running()) << agent->process().err();
   }
@@ -332,6 +335,60 @@ TEST(AgentPrivilegeTest, WithoutPrivilegeTheAgentStopsWithOneLine) {
   EXPECT_EQ(agent.err(),
             "mrp agent: eth1: cannot open a packet socket: Operation not permitted (run as root or with CAP_NET_RAW "
             "and CAP_NET_ADMIN)\n");
+}
+
+// What `mrp ctl streams --json` answers, or null when it cannot be read.
+nlohmann::json streamsOf(const AgentProcess& agent) {
+  const MrpRun run = agent.ctl({"streams", "--json"});
+  const auto json = nlohmann::json::parse(run.out, nullptr, false);
+  return run.status == 0 && json.is_object() && json.contains("streams") ? json : nlohmann::json();
+}
+
+// A's stream on a0, reserved once B's Listener is Ready.
+bool reservedOnA0(const nlohmann::json& streams) {
+  if (streams.is_null() || streams["streams"].size() != 1) return false;
+  for (const auto& row : streams["streams"][0]["ports"]) {
+    if (row.value("port", "") == "a0" && row.value("reserved", false)) return true;
+  }
+  return false;
+}
+
+TEST_F(AgentNamespaceTest, ATalkerOnAAndAListenerOnBAreAReservationThatBothStreamTablesShow) {
+  agentsUp();
+  declareOn(*a, kTalkerA);
+  declareOn(*b, kListenerB);
+  EXPECT_TRUE(secondsUntil(1, [&] { return reservedOnA0(streamsOf(*a)); })) << a->process().out();
+
+  const nlohmann::json atA = streamsOf(*a);
+  ASSERT_FALSE(atA.is_null());
+  const auto& row = atA["streams"][0]["ports"][0];
+  EXPECT_EQ(atA["streams"][0]["streamId"], "00:1b:21:00:00:01:00:01");
+  EXPECT_EQ(row["listener"], "ready");
+  EXPECT_EQ(row["class"], "A");
+  EXPECT_EQ(row["bandwidth"], 9088000);
+  // The veth's speed, as the kernel gives it: 10 Gb/s, 75% of it for class A.
+  ASSERT_EQ(atA["classes"].size(), 1u);
+  EXPECT_EQ(atA["classes"][0]["port"], "a0");
+  EXPECT_EQ(atA["classes"][0]["limit"], 7'500'000'000ULL);
+  EXPECT_THAT(atA["classes"][0]["tc"].get<std::string>(),
+              ::testing::StartsWith("tc qdisc replace dev a0 parent 100:1 cbs idleslope 9088 sendslope -9990912 "));
+  EXPECT_THAT(a->ctl({"streams"}).out, ::testing::HasSubstr("00:1b:21:00:00:01:00:01"));
+  EXPECT_THAT(a->process().out(), ::testing::HasSubstr("reserved stream 00:1b:21:00:00:01:00:01"));
+
+  // B: the talker heard on b0, B's Listener Ready towards it.
+  const nlohmann::json atB = streamsOf(*b);
+  ASSERT_FALSE(atB.is_null());
+  ASSERT_EQ(atB["streams"].size(), 1u);
+  EXPECT_EQ(atB["streams"][0]["talkerPort"], "b0");
+  EXPECT_EQ(atB["streams"][0]["talker"], "advertise");
+  EXPECT_EQ(atB["streams"][0]["listenerDeclared"], "ready");
+  EXPECT_THAT(b->ctl({"streams"}).out, ::testing::HasSubstr("00:1b:21:00:00:01:00:01"));
+
+  const MrpRun ports = a->ctl({"ports", "--json"});
+  const auto portsJson = nlohmann::json::parse(ports.out, nullptr, false);
+  ASSERT_TRUE(portsJson.is_object()) << ports.out;
+  EXPECT_EQ(portsJson["ports"][0]["speed"], 10'000'000'000ULL);
+  EXPECT_EQ(portsJson["ports"][0]["speedFrom"], "kernel");
 }
 
 }  // namespace

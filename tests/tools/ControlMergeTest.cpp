@@ -60,18 +60,33 @@ TEST(ControlMergeTest, CountersAreGroupedByApplication) {
             "mvrp  numOfIncorrectDmac  0\n");
 }
 
-TEST(ControlMergeTest, EachPortShowsTheSocketOfEveryApplication) {
+TEST(ControlMergeTest, EachPortShowsItsSpeedAndTheSocketOfEveryApplication) {
+  const Json eth2{{"port", "eth2"}, {"state", "up"}, {"socket", "open"}, {"speed", 1000000000}, {"speedFrom", "kernel"}};
   const MrpCli::WorkerAnswers answers = {
-      {MrpApplication::mvrp, Json::array({Json{{"port", "eth2"}, {"state", "up"}, {"socket", "open"}},
-                                          Json{{"port", "eth1"}, {"state", "absent"}, {"socket", "closed"}}})},
-      {MrpApplication::msrp, Json::array({Json{{"port", "eth2"}, {"state", "up"}, {"socket", "open"}}})},
+      {MrpApplication::mvrp,
+       Json::array({eth2, Json{{"port", "eth1"}, {"state", "absent"}, {"socket", "closed"}, {"speed", 100000000},
+                               {"speedFrom", "configuration"}}})},
+      {MrpApplication::msrp, Json::array({eth2})},
   };
   const MrpCli::ControlAnswer merged = MrpCli::mergedPorts(answers, kPorts);
   EXPECT_EQ(merged.text,
-            "port  state   mvrp    msrp\n"
-            "eth2  up      open    open\n"
-            "eth1  absent  closed  unknown\n");
-  EXPECT_EQ(merged.result["ports"][0].dump(), R"({"port":"eth2","state":"up","sockets":{"mvrp":"open","msrp":"open"}})");
+            "port  state   speed                     mvrp    msrp\n"
+            "eth2  up      1 Gb/s (kernel)           open    open\n"
+            "eth1  absent  100 Mb/s (configuration)  closed  unknown\n");
+  EXPECT_EQ(merged.result["ports"][0].dump(),
+            R"({"port":"eth2","state":"up","speed":1000000000,"speedFrom":"kernel","sockets":{"mvrp":"open","msrp":"open"}})");
+}
+
+TEST(ControlMergeTest, StreamsAreTheMsrpWorkersTableAndNeedMsrp) {
+  const Json table{{"streams", Json::array()}, {"classes", Json::array()}};
+  const MrpCli::ControlAnswer streams =
+      MrpCli::mergedStreams({{MrpApplication::mvrp, Json::array()}, {MrpApplication::msrp, table}});
+  EXPECT_TRUE(streams.ok);
+  EXPECT_EQ(streams.result, table);
+  EXPECT_FALSE(streams.text.empty());
+  const MrpCli::ControlAnswer none = MrpCli::mergedStreams({{MrpApplication::mvrp, Json::array()}});
+  EXPECT_FALSE(none.ok);
+  EXPECT_EQ(none.error, "the agent runs no msrp: streams are MSRP's");
 }
 
 }  // namespace

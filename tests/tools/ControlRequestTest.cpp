@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadRequest{R"(["show"])", "an object is needed"},
         BadRequest{R"({})", "command: missing"},
         BadRequest{R"({"command": "frobnicate"})",
-                   "command: unknown command 'frobnicate' (declare, withdraw, show, counters, ports, trace)"},
+                   "command: unknown command 'frobnicate' (declare, withdraw, show, counters, ports, streams, trace)"},
         BadRequest{R"({"command": 7})", "command: a string is needed"},
         BadRequest{R"({"command": "show", "verbose": true})", "verbose: unknown field"},
         BadRequest{R"({"command": "declare"})", "attribute: missing"},

@@ -5,6 +5,8 @@
 
 #include "Applications.h"
 #include "AttributeMessage.h"
+#include "StreamTableJson.h"
+#include "SysfsInterface.h"
 #include "WallTime.h"
 #include "quarn/System.h"
 #include "velo/PacketSocketPam.h"
@@ -12,6 +14,10 @@
 namespace MrpCli {
 
 namespace {
+
+constexpr const char* kSpeedFromConfiguration = "configuration";
+constexpr const char* kSpeedFromKernel = "kernel";
+constexpr const char* kSpeedFromDefault = "default";
 
 // How long the loop runs after the last Lv messages were handed to the
 // ports: the engine sends what is left on its 0.1 s transmit timer.
@@ -32,10 +38,38 @@ Agent::Agent(Options options, Quarn::Ptr<Quarn::EventLoop> loop, Timeline& timel
       log_(log),
       processClock_(loop_),
       stampEnd_(&loop_->clock(), this),
-      bridge_(kBridgeName, {options_.application}, options_.config, new Velo::PacketSocketPamFactory(loop_)),
+      speeds_(portSpeedsOf(options_)),
+      bridge_(kBridgeName, {options_.application}, bridgeConfigOf(options_, speeds_),
+              new Velo::PacketSocketPamFactory(loop_)),
       ports_(loop_, options_.ports, this) {
   bridge_.observerIs(this);
   ports_.doRefresh();
+}
+
+Agent::PortSpeeds Agent::portSpeedsOf(const Options& options) {
+  PortSpeeds speeds;
+  for (const std::string& port : options.ports) {
+    if (auto configured = options.config.portSpeed.find(port); configured != options.config.portSpeed.end()) {
+      speeds[port] = {configured->second, kSpeedFromConfiguration};
+    } else if (const std::optional<std::uint64_t> kernel = SysfsInterface(port).speed()) {
+      speeds[port] = {*kernel, kSpeedFromKernel};
+    } else {
+      speeds[port] = {options.config.defaultPortSpeed, kSpeedFromDefault};
+    }
+  }
+  return speeds;
+}
+
+MrpAgent::BridgeConfig Agent::bridgeConfigOf(const Options& options, const PortSpeeds& speeds) {
+  MrpAgent::BridgeConfig config = options.config;
+  for (const auto& [port, speed] : speeds) config.portSpeed[port] = speed.bitsPerSecond;
+  if (!config.bridgeId && !options.ports.empty()) {
+    // As a bridge makes its identifier: priority 0x8000 and its address.
+    if (const std::optional<std::uint64_t> address = SysfsInterface(options.ports.front()).address()) {
+      config.bridgeId = (std::uint64_t{0x8000} << 48) | *address;
+    }
+  }
+  return config;
 }
 
 // The bridge goes while the loop's clock is still the process's.
@@ -93,6 +127,21 @@ void Agent::onForget(const MrpAgent::Bridge&, const std::string& port, const Mrp
   timeline_.forgot(placeOf(port), value, cause);
 }
 
+void Agent::onReservation(const MrpAgent::Bridge&, const std::string& port,
+                          const MrpAgent::ReservationChange& change) {
+  timeline_.reservationChanged(placeOf(port), change);
+}
+
+void Agent::onTalkerFailed(const MrpAgent::Bridge&, const std::string& port,
+                           const Mrp::MsrpTalkerFailedAttribute& declared) {
+  timeline_.talkerFailed(placeOf(port), declared);
+}
+
+void Agent::onListenerDeclaration(const MrpAgent::Bridge&, const std::string& port,
+                                  const Mrp::MsrpListenerAttribute& listener) {
+  timeline_.listenerDeclared(placeOf(port), listener);
+}
+
 void Agent::onPortState(const std::string& port, PortWatcher::State state) {
   timeline_.portChanged(placeOf(port), portStateName(state));
   if (state == PortWatcher::State::up) {
@@ -103,6 +152,12 @@ void Agent::onPortState(const std::string& port, PortWatcher::State state) {
 }
 
 void Agent::doOpen(const std::string& port) {
+  // A link that comes up may have another speed than at start.
+  PortSpeed& speed = speeds_.at(port);
+  if (speed.from != kSpeedFromConfiguration) {
+    if (const std::optional<std::uint64_t> kernel = SysfsInterface(port).speed()) speed = {*kernel, kSpeedFromKernel};
+    bridge_.portSpeedIs(port, speed.bitsPerSecond);
+  }
   bridge_.portIs(port);
   const std::string socket = socketState(port);
   if (socket != "open") {
@@ -148,9 +203,16 @@ nlohmann::ordered_json Agent::countersMessage() const {
 nlohmann::ordered_json Agent::portsMessage() const {
   nlohmann::ordered_json ports = nlohmann::ordered_json::array();
   for (const std::string& port : options_.ports) {
-    ports.push_back({{"port", port}, {"state", portStateName(ports_.state(port))}, {"socket", socketState(port)}});
+    const PortSpeed& speed = speeds_.at(port);
+    ports.push_back({{"port", port},
+                     {"state", portStateName(ports_.state(port))},
+                     {"socket", socketState(port)},
+                     {"speed", speed.bitsPerSecond},
+                     {"speedFrom", speed.from}});
   }
   return ports;
 }
+
+nlohmann::ordered_json Agent::streamsMessage() const { return streamTableJson(bridge_.streamTable()); }
 
 }  // namespace MrpCli

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <iosfwd>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,8 +55,12 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   nlohmann::ordered_json registrationsMessage() const;
   // The engine's counters by name; empty while it is not active.
   nlohmann::ordered_json countersMessage() const;
-  // Each port: [{"port", "state", "socket"}], socket "open", "closed" or why not.
+  // Each port: [{"port", "state", "socket", "speed", "speedFrom"}], socket
+  // "open", "closed" or why not; the speed in bit/s from "configuration",
+  // "kernel" or "default".
   nlohmann::ordered_json portsMessage() const;
+  // The bridge's stream table, as streamTableJson() writes it.
+  nlohmann::ordered_json streamsMessage() const;
 
   // Withdraws every declaration the bridge makes (each told to the
   // timeline) and sends the Lv messages: for an agent that is going away.
@@ -66,6 +71,12 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   void onLeave(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value) override;
   void onForget(const MrpAgent::Bridge& bridge, const std::string& port, const MrpAgent::AttributeValue& value,
                 MrpAgent::Bridge::ForgetCause cause) override;
+  void onReservation(const MrpAgent::Bridge& bridge, const std::string& port,
+                     const MrpAgent::ReservationChange& change) override;
+  void onTalkerFailed(const MrpAgent::Bridge& bridge, const std::string& port,
+                      const Mrp::MsrpTalkerFailedAttribute& declared) override;
+  void onListenerDeclaration(const MrpAgent::Bridge& bridge, const std::string& port,
+                             const Mrp::MsrpListenerAttribute& listener) override;
   // PortWatcher::Observer
   void onPortState(const std::string& port, PortWatcher::State state) override;
 
@@ -89,6 +100,19 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
     Agent* owner_;
   };
 
+  // A port's speed and where the agent took it from.
+  struct PortSpeed {
+    std::uint64_t bitsPerSecond = 0;
+    const char* from = "";
+  };
+  using PortSpeeds = std::map<std::string, PortSpeed>;
+  // The configuration's speeds, else what the kernel tells of the ports (at
+  // start, and again when one comes up), else the bridge's default.
+  static PortSpeeds portSpeedsOf(const Options& options);
+  // The configuration with every port's speed, and a bridge id made from the
+  // first port's MAC address when none is configured.
+  static MrpAgent::BridgeConfig bridgeConfigOf(const Options& options, const PortSpeeds& speeds);
+
   void doOpen(const std::string& port);
   // Sends what the engine holds back, then lets the loop run a moment for
   // what its transmit timer still has.
@@ -105,6 +129,7 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   // or one timer does shares a time, and its lines can be read as one.
   mutable std::optional<TimelinePlace> stamp_;
   mutable StampEnd stampEnd_;
+  PortSpeeds speeds_;
   MrpAgent::Bridge bridge_;
   std::vector<Declaration> declared_;
   PortWatcher ports_;

@@ -2,22 +2,18 @@
 
 #include <algorithm>
 
+#include "SrpConfigReader.h"
+
 namespace MrpCli {
 
 namespace {
-
-std::string listed(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-  return text;
-}
 
 void readPorts(const JsonNode& node, const std::vector<std::string>& ports, MrpAgent::BridgeConfig& config) {
   node.object();
   for (const auto& [name, member] : node.json().items()) {
     const JsonNode port(member, node.place() + "." + name);
     if (std::find(ports.begin(), ports.end(), name) == ports.end()) {
-      port.fail("not one of the agent's ports (" + listed(ports) + ")");
+      port.fail("not one of the agent's ports (" + commaListed(ports) + ")");
     }
     port.object({"leaveTime", "leaveAllTime"});
     if (port.has("leaveTime")) config.portLeaveTime[name] = port["leaveTime"].seconds();
@@ -30,12 +26,15 @@ void readPorts(const JsonNode& node, const std::vector<std::string>& ports, MrpA
 MrpAgent::BridgeConfig agentConfigFromJson(std::string_view text, const std::vector<std::string>& ports) {
   const nlohmann::ordered_json json = jsonParsed(text);
   const JsonNode root(json, "");
-  root.object({"leaveTime", "leaveAllTime", "flooding", "ports"});
+  root.object({"leaveTime", "leaveAllTime", "flooding", "ports", "srp", "bridgeId", "portSpeed", "portLatency",
+               "domains"});
   MrpAgent::BridgeConfig config;
   if (root.has("leaveTime")) config.leaveTime = root["leaveTime"].seconds();
   if (root.has("leaveAllTime")) config.leaveAllTime = root["leaveAllTime"].seconds();
   if (root.has("flooding")) config.flooding = root["flooding"].boolean();
   if (root.has("ports")) readPorts(root["ports"], ports, config);
+  readBridgeSrp(root, ports, config);
+  if (root.has("srp")) readSrp(root["srp"], config);
   return config;
 }
 

@@ -170,6 +170,8 @@ ControlAnswer AgentSupervisor::answer(const std::string& text) {
       return doCounters();
     case ControlRequest::Command::ports:
       return doPorts();
+    case ControlRequest::Command::streams:
+      return doStreams();
     case ControlRequest::Command::trace:
       return doTrace(request);
   }
@@ -229,6 +231,8 @@ ControlAnswer AgentSupervisor::doShow() { return mergedShow(answersTo({{"ask", "
 ControlAnswer AgentSupervisor::doCounters() { return mergedCounters(answersTo({{"ask", "counters"}})); }
 
 ControlAnswer AgentSupervisor::doPorts() { return mergedPorts(answersTo({{"ask", "ports"}}), options_.ports); }
+
+ControlAnswer AgentSupervisor::doStreams() { return mergedStreams(answersTo({{"ask", "streams"}})); }
 
 ControlAnswer AgentSupervisor::doTrace(const ControlRequest& request) {
   const bool refused = std::any_of(workers_.begin(), workers_.end(), [&](const auto& worker) {

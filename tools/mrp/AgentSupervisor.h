@@ -89,6 +89,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
   ControlAnswer doShow();
   ControlAnswer doCounters();
   ControlAnswer doPorts();
+  ControlAnswer doStreams();
   ControlAnswer doTrace(const ControlRequest& request);
 
   Options options_;

@@ -132,6 +132,7 @@ nlohmann::ordered_json AgentWorker::answerOf(const std::string& question) const 
   if (question == "show") return agent_->registrationsMessage();
   if (question == "counters") return agent_->countersMessage();
   if (question == "ports") return agent_->portsMessage();
+  if (question == "streams") return agent_->streamsMessage();
   return nullptr;
 }
 

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include "Agent.h"
 #include "Applications.h"
 #include "AttributeMessage.h"
+#include "BitRateText.h"
 #include "Bridge.h"
 #include "RegistrationText.h"
+#include "StreamTableText.h"
 #include "TextTable.h"
 
 namespace MrpCli {
@@ -60,12 +63,14 @@ ControlAnswer mergedCounters(const WorkerAnswers& answers) {
 }
 
 ControlAnswer mergedPorts(const WorkerAnswers& answers, const std::vector<std::string>& ports) {
-  std::vector<std::string> heading{"port", "state"};
+  std::vector<std::string> heading{"port", "state", "speed"};
   for (const auto& [application, entries] : answers) heading.push_back(applicationName(application));
   std::vector<std::vector<std::string>> rows{heading};
   Json merged = Json::array();
   for (const std::string& port : ports) {
     std::string state = "unknown";
+    Json speed;
+    std::string speedFrom = "unknown";
     Json sockets = Json::object();
     std::vector<std::string> socketColumns;
     for (const auto& [application, entries] : answers) {
@@ -74,12 +79,20 @@ ControlAnswer mergedPorts(const WorkerAnswers& answers, const std::vector<std::s
         if (entry.value("port", "") != port) continue;
         state = entry.value("state", state);
         socket = entry.value("socket", socket);
+        speed = entry.value("speed", speed);
+        speedFrom = entry.value("speedFrom", speedFrom);
       }
       sockets[applicationName(application)] = socket;
       socketColumns.push_back(socket);
     }
-    merged.push_back({{"port", port}, {"state", state}, {"sockets", std::move(sockets)}});
-    std::vector<std::string> row{port, state};
+    merged.push_back({{"port", port},
+                      {"state", state},
+                      {"speed", speed},
+                      {"speedFrom", speedFrom},
+                      {"sockets", std::move(sockets)}});
+    const std::string speedText =
+        speed.is_number_integer() && speed >= 0 ? bitRateText(speed.get<std::uint64_t>()) + " (" + speedFrom + ")" : "unknown";
+    std::vector<std::string> row{port, state, speedText};
     row.insert(row.end(), socketColumns.begin(), socketColumns.end());
     rows.push_back(std::move(row));
   }
@@ -87,6 +100,17 @@ ControlAnswer mergedPorts(const WorkerAnswers& answers, const std::vector<std::s
   answer.result = {{"ports", std::move(merged)}};
   answer.text = textTable(rows);
   return answer;
+}
+
+ControlAnswer mergedStreams(const WorkerAnswers& answers) {
+  for (const auto& [application, table] : answers) {
+    if (application != Mrp::MrpApplication::msrp) continue;
+    ControlAnswer answer;
+    answer.result = table.is_object() ? table : Json::object();
+    answer.text = streamTableText(Agent::kBridgeName, answer.result);
+    return answer;
+  }
+  return ControlAnswer::failure("the agent runs no msrp: streams are MSRP's");
 }
 
 }  // namespace MrpCli

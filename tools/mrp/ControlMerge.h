@@ -22,5 +22,8 @@ using WorkerAnswers = std::vector<std::pair<Mrp::MrpApplication, nlohmann::order
 ControlAnswer mergedShow(const WorkerAnswers& answers, const std::vector<std::string>& ports);
 ControlAnswer mergedCounters(const WorkerAnswers& answers);
 ControlAnswer mergedPorts(const WorkerAnswers& answers, const std::vector<std::string>& ports);
+// The MSRP worker's stream table (Agent's streamsMessage()); a failure when
+// the agent runs no MSRP.
+ControlAnswer mergedStreams(const WorkerAnswers& answers);
 
 }  // namespace MrpCli

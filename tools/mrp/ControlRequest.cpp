@@ -13,18 +13,13 @@ namespace {
 
 using Command = ControlRequest::Command;
 
-constexpr std::array<std::pair<Command, const char*>, 6> kCommands = {{{Command::declare, "declare"},
+constexpr std::array<std::pair<Command, const char*>, 7> kCommands = {{{Command::declare, "declare"},
                                                                        {Command::withdraw, "withdraw"},
                                                                        {Command::show, "show"},
                                                                        {Command::counters, "counters"},
                                                                        {Command::ports, "ports"},
+                                                                       {Command::streams, "streams"},
                                                                        {Command::trace, "trace"}}};
-
-std::string listed(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-  return text;
-}
 
 Command commandOf(const JsonNode& node) {
   const std::string name = node.string();
@@ -41,7 +36,7 @@ void readAttribute(const JsonNode& node, const std::vector<std::string>& ports,
     const JsonNode port = node["port"];
     const std::string name = port.string();
     if (std::find(ports.begin(), ports.end(), name) == ports.end()) {
-      port.fail("no port '" + name + "' (" + listed(ports) + ")");
+      port.fail("no port '" + name + "' (" + commaListed(ports) + ")");
     }
     request.port = name;
   }
@@ -77,6 +72,7 @@ ControlRequest controlRequestFromJson(std::string_view text, const std::vector<s
     case Command::show:
     case Command::counters:
     case Command::ports:
+    case Command::streams:
       root.object({"command"});
       break;
   }

@@ -41,12 +41,12 @@ namespace {
 }  // namespace
 
 CtlCommand::CtlCommand(CLI::App& program)
-    : command_(program.add_subcommand("ctl", "Ask a running mrp agent: declare, withdraw, show, counters, ports, trace")) {
+    : command_(program.add_subcommand("ctl", "Ask a running mrp agent: declare, withdraw, show, counters, ports, streams, trace")) {
   command_->add_option("--control", controlPath_, "The agent's control socket")
       ->type_name("PATH")
       ->capture_default_str();
   command_->add_flag("--json", json_, "Print the answer as one JSON line");
-  command_->add_option("COMMAND", word_, "declare, withdraw, show, counters, ports or trace")->required()->type_name("");
+  command_->add_option("COMMAND", word_, "declare, withdraw, show, counters, ports, streams or trace")->required()->type_name("");
   command_->add_option("ARGUMENT", argument_, "declare and withdraw: the attribute (JSON); trace: the levels")
       ->type_name("");
   command_->footer(
