@@ -207,20 +207,18 @@ bool MrpRegistrarSm::handleMtStateRegistrar(Event event, MrpAttrDatabase& entry)
 }
 
 bool MrpRegistrarSm::valueChecked(MrpAttrDatabase& entry) {
-  const bool msrpDomain = mrpSm_->mrpLib()->application() == MrpApplication::msrp &&
-                          static_cast<MsrpAttrType>(currentAttribute().attributeType) == MsrpAttrType::domainVector;
-  if (msrpDomain) return true;
+  const bool msrp = mrpSm_->mrpLib()->application() == MrpApplication::msrp;
+  if (msrp && msrpTypeIs(MsrpAttrType::domainVector)) return true;
   if (mrpSm_->mrpRxVectorSameAsDatabaseAttr()) {
-    if (msrpListener()) listenerJoinWithoutIndication();
+    if (msrp && msrpTypeIs(MsrpAttrType::listenerVector)) listenerJoinWithoutIndication();
     return false;
   }
   mrpSm_->mrpPopulateValueInDatabase(&entry, false);
   return true;
 }
 
-bool MrpRegistrarSm::msrpListener() const {
-  return mrpSm_->mrpLib()->application() == MrpApplication::msrp &&
-         static_cast<MsrpAttrType>(currentAttribute().attributeType) == MsrpAttrType::listenerVector;
+bool MrpRegistrarSm::msrpTypeIs(MsrpAttrType type) const {
+  return static_cast<MsrpAttrType>(mrpSm_->parseContext()->attributeType()) == type;
 }
 
 void MrpRegistrarSm::listenerJoinWithoutIndication() {

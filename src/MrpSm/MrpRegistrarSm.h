@@ -4,6 +4,7 @@
 #include <map>
 
 #include "MrpModel/MrpAttribute.h"
+#include "MrpMsrp/MsrpAttrType.h"
 #include "MrpModel/MrpConfig.h"
 #include "MrpModel/MrpRegistrarEvent.h"
 #include "MrpModel/MrpRegistrarState.h"
@@ -113,7 +114,8 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // differs from the stored one, which it then replaces; an unchanged MSRP
   // Listener goes to the application's listenerJoinWithoutIndication hook.
   bool valueChecked(MrpAttrDatabase& entry);
-  bool msrpListener() const;
+  // The current attribute is of this MSRP type.
+  bool msrpTypeIs(MsrpAttrType type) const;
   void listenerJoinWithoutIndication();
   // The log lines of a received join and of a leave ("received" or "notified").
   void logJoin(MrpRegistrarState state, MrpRegistrarEvent event) const;
