@@ -128,5 +128,22 @@ h2 reservations
 )");
 }
 
+TEST(StreamTableTextTest, ATalkerTheBridgeDeclaresItselfIsItsOwn) {
+  StreamTable table;
+  StreamTable::Stream stream;
+  stream.streamId = 0x001b210000010001ULL;
+  StreamTable::PortRow row;
+  row.port = "e0";
+  row.declared = AttributeValue(Mrp::MsrpTalkerAdvertiseAttribute(
+      stream.streamId, Mrp::DataFrameParameters(Velo::EthAddr(0x91, 0xe0, 0xf0, 0, 0xfe, 1), 2), Mrp::Tspec(100, 1),
+      Mrp::PriorityAndRank(3, 1), 1000));
+  stream.ports.push_back(row);
+  table.streams.push_back(stream);
+  EXPECT_NE(MrpCli::streamTableText("h1", MrpCli::streamTableJson(table)).find("00:1b:21:00:00:01:00:01  own "),
+            std::string::npos);
+  table.streams[0].ports[0].declared.reset();
+  EXPECT_EQ(MrpCli::streamTableText("h1", MrpCli::streamTableJson(table)).find(" own "), std::string::npos);
+}
+
 }  // namespace
 }  // namespace MrpTest

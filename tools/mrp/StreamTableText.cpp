@@ -1,5 +1,7 @@
 #include "StreamTableText.h"
 
+#include <algorithm>
+
 #include <sstream>
 #include <vector>
 
@@ -43,7 +45,12 @@ std::string failureNote(const Json& talker) {
 constexpr std::size_t kStreamColumns = 4;
 std::vector<std::string> streamCells(const Json& stream) {
   const std::string toTalker = stream.value("listenerDeclared", kNone);
-  if (!stream.contains("talker")) return {stream.value("streamId", ""), kNone, "", toTalker};
+  if (!stream.contains("talker")) {
+    // A talker the bridge declares itself (an end station's) is registered nowhere.
+    const Json ports = stream.value("ports", Json::array());
+    const bool own = std::any_of(ports.begin(), ports.end(), [](const Json& port) { return port.contains("declared"); });
+    return {stream.value("streamId", ""), own ? "own" : kNone, "", toTalker};
+  }
   return {stream.value("streamId", ""), stream.value("talkerPort", "") + " " + stream.value("talker", ""),
           std::to_string(stream.value("accumulatedLatency", 0U)) + " ns", toTalker};
 }
