@@ -391,32 +391,31 @@ const AttributeValue* Bridge::registered(const AttrId& id, const std::string& po
   return registered == it->second.registeredOn.end() ? nullptr : &registered->second;
 }
 
+const Mrp::MsrpTalkerAdvertiseAttribute* Bridge::advertisedOn(std::uint64_t streamId, const std::string& port) const {
+  auto stream = talkerDeclared_.find(streamId);
+  if (stream == talkerDeclared_.end()) return nullptr;
+  auto decided = stream->second.find(port);
+  if (decided == stream->second.end()) return nullptr;
+  const auto* advertise = std::get_if<Mrp::MsrpTalkerAdvertiseAttribute>(&decided->second.record());
+  auto talker = attrs_.find({Mrp::MrpApplication::msrp, kTalkerAdvertise, streamId});
+  if (!advertise || talker == attrs_.end()) return nullptr;
+  auto declared = talker->second.declaredOn.find(port);
+  return declared != talker->second.declaredOn.end() && declared->second == decided->second ? advertise : nullptr;
+}
+
 void Bridge::doReserve(std::uint64_t streamId, const std::string& port) {
-  const PortReservations& reservations = reservations_.at(port);
-  // Reserved where the Talker Advertise this bridge admitted is what its engine declares.
-  const AttributeValue* admitted = nullptr;
-  if (auto stream = talkerDeclared_.find(streamId); stream != talkerDeclared_.end()) {
-    auto it = stream->second.find(port);
-    if (it != stream->second.end() && it->second.attributeType() == kTalkerAdvertise) admitted = &it->second;
-  }
-  bool wanted = false;
-  if (admitted) {
-    auto talker = attrs_.find({Mrp::MrpApplication::msrp, kTalkerAdvertise, streamId});
-    auto declared = talker == attrs_.end() ? nullptr : &talker->second.declaredOn;
-    const AttributeValue* listener = registered({Mrp::MrpApplication::msrp, kListener, streamId}, port);
-    wanted = declared && declared->count(port) && declared->at(port) == *admitted && listener &&
-             listenerAsksToReserve(*listener);
-  }
-  if (!wanted) {
+  const Mrp::MsrpTalkerAdvertiseAttribute* advertise = advertisedOn(streamId, port);
+  const AttributeValue* listener = registered({Mrp::MrpApplication::msrp, kListener, streamId}, port);
+  if (!advertise || !listener || !listenerAsksToReserve(*listener)) {
     doRelease(streamId, port);
     return;
   }
+  PortReservations& reservations = reservations_.at(port);
   if (reservations.reserved(streamId)) return;
-  const auto& advertise = std::get<Mrp::MsrpTalkerAdvertiseAttribute>(admitted->record());
-  const SrClass srClass = *srClassOfPriority(advertise.priorityAndRank().priority());
-  const PortReservations::Reservation reservation{streamId, srClass, streamBandwidth(advertise.tSpec(), srClass),
-                                                  advertise.tSpec().maxFrameSize() + kFrameOverheadOctets};
-  reservations_.at(port).reserve(reservation);
+  const SrClass srClass = *srClassOfPriority(advertise->priorityAndRank().priority());
+  const PortReservations::Reservation reservation{streamId, srClass, streamBandwidth(advertise->tSpec(), srClass),
+                                                  advertise->tSpec().maxFrameSize() + kFrameOverheadOctets};
+  reservations.reserve(reservation);
   reservationsChanged_ = true;
   if (observer_) {
     observer_->onReservation(*this, port,

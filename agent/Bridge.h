@@ -215,6 +215,9 @@ class Bridge : public BridgeMrpLib::Owner {
   StreamClass streamClassOn(const Mrp::MsrpTalkerAdvertiseAttribute& talker, const std::string& port) const;
   std::optional<SrClass> srClassOfPriority(std::uint8_t priority) const;
   const AttributeValue* registered(const AttrId& id, const std::string& port) const;
+  // The Talker Advertise the bridge admitted for a stream on a port, while
+  // its engine declares it there; null otherwise.
+  const Mrp::MsrpTalkerAdvertiseAttribute* advertisedOn(std::uint64_t streamId, const std::string& port) const;
   // Reserves the stream on the port, or releases it, as its declarations
   // and Listener there say.
   void doReserve(std::uint64_t streamId, const std::string& port);
