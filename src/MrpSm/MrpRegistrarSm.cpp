@@ -222,21 +222,20 @@ bool MrpRegistrarSm::msrpTypeIs(MsrpAttrType type) const {
 }
 
 void MrpRegistrarSm::listenerJoinWithoutIndication() {
-  const MrpAttribute attribute = currentAttribute();
-  mrpSm_->mrpLib()->mrpListenerJoinWithoutIndication(
-      {attribute.intfId, attribute.attributeType, mrpSm_->parseContext()->attributeEvent(), attribute.attributeKey});
+  mrpSm_->mrpLib()->mrpListenerJoinWithoutIndication(parametersOf(mrpSm_->parseContext()->attributeEvent()));
 }
 
 bool MrpRegistrarSm::joinIndication() {
-  const MrpAttribute attribute = currentAttribute();
-  return mrpSm_->mrpLib()->mrpJoinIndication({attribute.intfId, attribute.attributeType,
-                                              mrpSm_->parseContext()->attributeEvent(), attribute.attributeKey});
+  return mrpSm_->mrpLib()->mrpJoinIndication(parametersOf(mrpSm_->parseContext()->attributeEvent()));
 }
 
 void MrpRegistrarSm::leaveIndication() {
+  mrpSm_->mrpLib()->mrpLeaveIndication(parametersOf(static_cast<std::uint8_t>(MrpThreePackedEvent::lv)));
+}
+
+MrpParameters MrpRegistrarSm::parametersOf(std::uint8_t attributeEvent) const {
   const MrpAttribute attribute = currentAttribute();
-  mrpSm_->mrpLib()->mrpLeaveIndication({attribute.intfId, attribute.attributeType,
-                                        static_cast<std::uint8_t>(MrpThreePackedEvent::lv), attribute.attributeKey});
+  return {attribute.intfId, attribute.attributeType, attributeEvent, attribute.attributeKey};
 }
 
 void MrpRegistrarSm::logJoin(State state, Event event) const {

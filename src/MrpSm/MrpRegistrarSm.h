@@ -4,10 +4,11 @@
 #include <map>
 
 #include "MrpModel/MrpAttribute.h"
-#include "MrpMsrp/MsrpAttrType.h"
 #include "MrpModel/MrpConfig.h"
+#include "MrpModel/MrpParameters.h"
 #include "MrpModel/MrpRegistrarEvent.h"
 #include "MrpModel/MrpRegistrarState.h"
+#include "MrpMsrp/MsrpAttrType.h"
 #include "MrpSm/MrpLeaveSm.h"
 #include "brisk/TimerWheel.h"
 #include "quarn/Lifecycle.h"
@@ -109,6 +110,8 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // whether it was discarded.
   bool joinIndication();
   void leaveIndication();
+  // The parameters that name the current attribute to the application.
+  MrpParameters parametersOf(std::uint8_t attributeEvent) const;
   // rJoinIn!/rJoinMt! in IN or LV: whether the application hears of it. An
   // MSRP Domain always is; another attribute only when its received value
   // differs from the stored one, which it then replaces; an unchanged MSRP
