@@ -1,6 +1,6 @@
 #include "MrpSm/MrpMstiStatusReactor.h"
 
-#include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpPortRoles.h"
 #include "MrpSm/MrpStpiStatusReactor.h"
 
 namespace Mrp {
@@ -32,7 +32,7 @@ void MrpMstiStatusReactor::onMstiPortStatus(const std::string& name) {
 }
 
 void MrpMstiStatusReactor::handleRole(const std::string& portName) const {
-  if (MrpSm* sm = parent_->mrpSm()) sm->handleRole(portName, name(), parent_->name());
+  if (MrpPortRoles* roles = parent_->portRoles()) roles->handleRole(portName, name(), parent_->name());
 }
 
 }  // namespace Mrp

@@ -10,6 +10,17 @@ MrpPamSm::MrpPamSm(Quarn::Ptr<Interface::EthDevPamCollection> pamCollection, boo
   collectionReactor_.notifierIs(pamCollection_.ptr());
 }
 
+MrpPamSm::MrpPamSm(std::unique_ptr<MrpPamWiring> wiring, bool standbyMode, MrpSm* mrpSm)
+    : MrpPamSm(wiring->pamCollection(), standbyMode, mrpSm) {
+  wiring_ = std::move(wiring);
+}
+
+void MrpPamSm::wiringDel() {
+  if (!wiring_) return;
+  wiring_->release();
+  wiring_.reset();
+}
+
 void MrpPamSm::handleInitialized() {
   MRP_TRACE(8, "void Mrp::MrpPamSm::handleInitialized()");
   initializedIs();

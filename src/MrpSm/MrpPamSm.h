@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 
 #include "MrpSm/MrpIntfPamSm.h"
+#include "MrpSm/MrpPamWiring.h"
 #include "interface/EthDevPamCollection.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
@@ -24,10 +26,16 @@ class MrpPamSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   // Watches `pamCollection`; handleInitialized() then takes in its sockets.
   MrpPamSm(Quarn::Ptr<Interface::EthDevPamCollection> pamCollection, bool standbyMode, MrpSm* mrpSm);
+  // The same over the sockets of `wiring`, which it keeps until wiringDel().
+  MrpPamSm(std::unique_ptr<MrpPamWiring> wiring, bool standbyMode, MrpSm* mrpSm);
   MrpPamSm(const MrpPamSm&) = delete;
   MrpPamSm& operator=(const MrpPamSm&) = delete;
 
   const Quarn::Ptr<Interface::EthDevPamCollection>& pamCollection() const { return pamCollection_; }
+  // What the sockets were wired from; null when built over a bare collection.
+  const MrpPamWiring* wiring() const { return wiring_.get(); }
+  // Lets go of the wiring first, so no socket is opened while the engine goes away.
+  void wiringDel();
   MrpSm* mrpSm() const { return mrpSm_; }
   bool standbyMode() const { return standbyMode_; }
   void standbyModeIs(bool standbyMode) { standbyMode_ = standbyMode; }
@@ -61,6 +69,7 @@ class MrpPamSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
     MrpPamSm* owner_;
   };
 
+  std::unique_ptr<MrpPamWiring> wiring_;
   Quarn::Ptr<Interface::EthDevPamCollection> pamCollection_;
   MrpSm* mrpSm_;
   bool standbyMode_;

@@ -21,29 +21,16 @@ MrpSm::MrpSm(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr<MrpLib> mrpLib, Q
       ethPhyIntfStatusDir_(std::move(ethPhyIntfStatusDir)),
       entityManager_(std::move(entityManager)),
       standbyMode_(standbyMode),
-      stpStatusReactor_(this) {
-  stpStatusReactor_.notifierIs(stpStatus_.ptr());
-  // A new engine has no watchers yet, so there are none of vanished
-  // instances to remove.
-  for (const auto& [name, status] : stpStatus_->stpiStatuses()) stpiStatusIs(name);
+      portRoles_(stpStatus_, *this) {
   handleInitialized();
 }
 
 MrpSm::~MrpSm() {
   // Silence the reactors first so nothing reaches a half-destroyed engine.
-  stpStatusReactor_.notifierIs(nullptr);
-  stpStatusReactor_.mrpSmIs(nullptr);
-  for (auto& [name, reactor] : stpiStatus_) {
-    reactor->notifierIs(nullptr);
-    reactor->mrpSmIs(nullptr);
-  }
+  portRoles_.detach();
   // Packet access goes before the machines, so no frame arrives while they
   // are going away.
-  deviceIntfStatusDir_ = nullptr;
-  intfStatusManagerRoot_ = nullptr;
-  desiredIntfDir_ = nullptr;
-  pamCollection_ = nullptr;
-  pamMan_ = nullptr;
+  if (mrpPamSm_) mrpPamSm_->wiringDel();
   mrpPamSm_ = nullptr;
   timerWheel_ = nullptr;
   applicantSm_ = nullptr;
@@ -66,6 +53,7 @@ void MrpSm::handleInitialized() {
   mrpLib_->mrpSmIs(this);
   doInitializePamMan();
   handleStandbyMode();
+  portRoles_.judgingIs();
 }
 
 void MrpSm::handleStandbyMode() {
@@ -131,23 +119,43 @@ Quarn::Ptr<Quarn::NboAttrLog::SocketOutSm> MrpSm::attrLogOutput() const {
   return Quarn::ptr_cast<Quarn::NboAttrLog::SocketOutSm>(Quarn::NboAttrLog::output(entityManager_->name()));
 }
 
-MrpStpiStatusReactor* MrpSm::stpiStatus(const std::string& name) const {
-  auto it = stpiStatus_.find(name);
-  return it == stpiStatus_.end() ? nullptr : it->second.get();
+void MrpSm::doInitializePamMan() {
+  auto wiring = std::make_unique<MrpPamWiring>(*entityManager_, mrpLib_->applicationMacAddr(),
+                                               mrpLib_->applicationEtype());
+  mrpPamSm_ = new MrpPamSm(std::move(wiring), standbyMode_, this);
+  mrpPamSm_->handleInitialized();
 }
 
-void MrpSm::stpiStatusIs(const std::string& name) {
-  if (stpiStatus_.count(name)) return;
-  Quarn::Ptr<Stp::StpiStatus> status = stpStatus_->stpiStatus(name);
-  if (!status) return;
-  stpiStatus_.emplace(name, std::make_unique<MrpStpiStatusReactor>(status, this));
+Interface::PamDesiredIntfDir* MrpSm::desiredIntfDir() const {
+  const MrpPamWiring* wiring = pamWiring();
+  return wiring ? wiring->desiredIntfDir().ptr() : nullptr;
 }
 
-void MrpSm::handleStpiStatus(const std::string& name) {
-  if (stpStatus_->stpiStatus(name)) {
-    stpiStatusIs(name);
-  } else {
-    stpiStatusDel(name);
+Interface::EthDevPamCollection* MrpSm::pamCollection() const {
+  const MrpPamWiring* wiring = pamWiring();
+  return wiring ? wiring->pamCollection().ptr() : nullptr;
+}
+
+Interface::DeviceIntfStatusDir* MrpSm::deviceIntfStatusDir() const {
+  const MrpPamWiring* wiring = pamWiring();
+  return wiring ? wiring->deviceIntfStatusDir().ptr() : nullptr;
+}
+
+Quarn::String MrpSm::baseSpanningTreeTopo(const Velo::IntfId& intfId) const {
+  return mrpLib_->baseSpanningTreeTopo(intfId);
+}
+
+bool MrpSm::portWanted(const Velo::IntfId& intfId) const {
+  // Before packet access is set up no port is wanted.
+  const Interface::PamDesiredIntfDir* wanted = desiredIntfDir();
+  return wanted && wanted->intfDesired(intfId);
+}
+
+void MrpSm::roleActionIs(const Velo::IntfId& intfId, MrpPortRoles::RoleAction action) {
+  const bool flush = action == MrpPortRoles::RoleAction::flush;
+  for (std::uint8_t type = 1; type <= maxAttrTypes_; ++type) {
+    leaveAllSm_->mrpPostLeaveAllToSm(intfId, type, flush ? MrpApplicantEvent::flush : MrpApplicantEvent::redeclare,
+                                     flush ? MrpRegistrarEvent::flush : MrpRegistrarEvent::redeclare);
   }
 }
 

@@ -28,8 +28,7 @@
 #include "MrpSm/MrpParsedAttributeTable.h"
 #include "MrpSm/MrpParsedRuns.h"
 #include "MrpSm/MrpRegistrarSm.h"
-#include "MrpSm/MrpStpStatusReactor.h"
-#include "MrpSm/MrpStpiStatusReactor.h"
+#include "MrpSm/MrpPortRoles.h"
 #include "bridging/Config.h"
 #include "bridging/TopologyConfig.h"
 #include "brisk/TimerWheel.h"
@@ -54,7 +53,7 @@ namespace Mrp {
 // The MRP engine of one application. It is built inactive (standby) or
 // active; only an active engine creates its counters, timers and machines.
 // It is driven by change notifications, timers and socket readability.
-class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
+class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPortRoles::Owner {
  public:
   // The engine's timer wheel: 100 ms ticks.
   static constexpr std::uint32_t kTickMsecs = 100;
@@ -120,24 +119,18 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void mrpRxLeaveAllIs(std::uint8_t attributeType, bool leaveAll) { mrpRxLeaveAll_[attributeType] = leaveAll; }
   void mrpRxLeaveAllDelAll() { mrpRxLeaveAll_.clear(); }
 
-  // ==== Spanning-tree port-role coupling (MrpSmRole.cpp) ====
-  // The last role seen per port, also while in standby.
-  const std::map<Velo::IntfId, Stp::MstiPortStatus::Role>& oldPortRole() const { return oldPortRole_; }
-  // Judges the role of a port in a tree instance of a spanning-tree
-  // instance: only the topology of the port's base VLAN counts, and only on
-  // a port wanted for packet access. A forwarding port that becomes
-  // alternate flushes its registrations (Flush!); an alternate port that
-  // forwards again declares everything again (Re-declare!).
-  void handleRole(const std::string& portName, const std::string& mstiName, const std::string& stpiName);
-
-  // One watcher per spanning-tree instance present in stpStatus.
-  MrpStpiStatusReactor* stpiStatus(const std::string& name) const;
-  std::size_t stpiStatusCount() const { return stpiStatus_.size(); }
-  void stpiStatusIs(const std::string& name);
-  void stpiStatusDel(const std::string& name) { stpiStatus_.erase(name); }
-  // An instance appeared in or left stpStatus.
-  void handleStpiStatus(const std::string& name);
-  // ==== end of port-role coupling ====
+  // ==== Spanning-tree port roles ====
+  // A forwarding port that becomes alternate flushes its registrations
+  // (Flush!); an alternate port that forwards again declares everything
+  // again (Re-declare!).
+  MrpPortRoles& portRoles() { return portRoles_; }
+  const MrpPortRoles& portRoles() const { return portRoles_; }
+  const MrpPortRoles::RoleMap& oldPortRole() const { return portRoles_.oldPortRole(); }
+  void handleRole(const std::string& portName, const std::string& mstiName, const std::string& stpiName) {
+    portRoles_.handleRole(portName, mstiName, stpiName);
+  }
+  MrpStpiStatusReactor* stpiStatus(const std::string& name) const { return portRoles_.stpiStatus(name); }
+  void handleStpiStatus(const std::string& name) { portRoles_.handleStpiStatus(name); }
 
   // The attribute index: one entry per (port, attribute type).
   using AttrIterMap = std::unordered_map<MrpAttrIter::Key, Quarn::Ptr<MrpAttrIter>>;
@@ -360,37 +353,12 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   }
   // ==== end of attribute database ====
 
-  // ==== Packet access (MrpSmPam.cpp) ====
-  // What the application's sockets are opened with.
-  static constexpr std::uint16_t kPamEthProtocol = 3;  // all protocols
-  static constexpr std::size_t kPamMaxRxPktData = 10000;
-  // Names of the engine's local directories, the same for either application.
-  static constexpr const char* kDeviceIntfStatusDirName = "deviceIntfStatusDirMsrp";
-  static constexpr const char* kDesiredIntfDirName = "desiredIntfDirMsrp";
-  static constexpr const char* kPamCollectionName = "pamCollectionMsrp";
-  static constexpr const char* kIntfStatusManagerRootName = "intfStatusManagerRoot";
-
-  // The kernel filter of an application's sockets: frames to `dmac` with
-  // EtherType `etherType`, untagged or behind one VLAN tag.
-  static Velo::PamFilterProgram pamFilterProgramOf(const Velo::EthAddr& dmac, std::uint16_t etherType);
-  // The filter all engines of the process attach: made by the first engine
-  // that initialises and reused unchanged by later ones, whatever their
-  // application.
-  static const Velo::PamFilterProgram& pamFilterProgram() { return pamFilterProgram_; }
-
-  // Interface status from the central state database; null when absent.
-  const Quarn::Ptr<Interface::AllIntfStatusDir>& allIntfStatusDir() const { return allIntfStatusDir_; }
-  const Quarn::Ptr<Interface::AllIntfStatusDir>& allIntfStatusLocalDir() const { return allIntfStatusLocalDir_; }
-  // The engine's own directories, kept by name in intfStatusManagerRoot.
-  const Quarn::Ptr<Interface::DeviceIntfStatusDir>& deviceIntfStatusDir() const { return deviceIntfStatusDir_; }
-  const Quarn::Ptr<Hive::EntityManager>& intfStatusManagerRoot() const { return intfStatusManagerRoot_; }
+  // ==== Packet access: its wiring lives in mrpPamSm ====
   // Ports listed true get a socket (MrpLib::mrpInterfaceEnable).
-  const Quarn::Ptr<Interface::PamDesiredIntfDir>& desiredIntfDir() const { return desiredIntfDir_; }
-  const Quarn::Ptr<Interface::EthDevPamCollection>& pamCollection() const { return pamCollection_; }
-  const Quarn::Ptr<Interface::EthDevPamManager>& pamMan() const { return pamMan_; }
-
-  friend class MrpSmPamPeer;
-  // ==== end of packet access ====
+  // Each null once packet access has gone.
+  Interface::PamDesiredIntfDir* desiredIntfDir() const;
+  Interface::EthDevPamCollection* pamCollection() const;
+  Interface::DeviceIntfStatusDir* deviceIntfStatusDir() const;
 
   // ==== Received-event dispatch (MrpSmDispatch.cpp) ====
   // Applies what was parsed from a port's frame: its LeaveAlls first (each
@@ -434,6 +402,12 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
  private:
   void doInitializePamMan();
+  const MrpPamWiring* pamWiring() const { return mrpPamSm_ ? mrpPamSm_->wiring() : nullptr; }
+  // What the port roles ask of the engine.
+  Quarn::String baseSpanningTreeTopo(const Velo::IntfId& intfId) const override;
+  bool portWanted(const Velo::IntfId& intfId) const override;
+  bool rolesAct() const override { return !standbyMode_ && active(); }
+  void roleActionIs(const Velo::IntfId& intfId, MrpPortRoles::RoleAction action) override;
   void doInitializeCounters();
   void doRebuildAttrIter();
   Quarn::Ptr<Quarn::NboAttrLog::SocketOutSm> attrLogOutput() const;
@@ -448,9 +422,7 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   Quarn::Ptr<Hive::EntityManager> entityManager_;
   bool standbyMode_;
 
-  MrpStpStatusReactor stpStatusReactor_;
-  std::map<std::string, std::unique_ptr<MrpStpiStatusReactor>> stpiStatus_;
-  std::map<Velo::IntfId, Stp::MstiPortStatus::Role> oldPortRole_;
+  MrpPortRoles portRoles_;
 
   Quarn::Ptr<MrpPamSm> mrpPamSm_;
   Quarn::Ptr<MrpCounters> mrpCounters_;
@@ -541,16 +513,6 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   mutable LastLookup lastLookup_;
   // ==== end of attribute database fields ====
 
-  // ==== Packet access fields ====
-  static Velo::PamFilterProgram pamFilterProgram_;
-  Quarn::Ptr<Interface::AllIntfStatusDir> allIntfStatusDir_;
-  Quarn::Ptr<Interface::AllIntfStatusDir> allIntfStatusLocalDir_;
-  Quarn::Ptr<Interface::DeviceIntfStatusDir> deviceIntfStatusDir_;
-  Quarn::Ptr<Hive::EntityManager> intfStatusManagerRoot_;
-  Quarn::Ptr<Interface::PamDesiredIntfDir> desiredIntfDir_;
-  Quarn::Ptr<Interface::EthDevPamCollection> pamCollection_;
-  Quarn::Ptr<Interface::EthDevPamManager> pamMan_;
-  // ==== end of packet access fields ====
 };
 
 template <class Handle>

@@ -32,7 +32,7 @@ void MrpSm::mrpTransmitTxPacket(const Velo::IntfId& intfId, bool secondPktContex
     dropContext();
     return;
   }
-  const Quarn::Ptr<Velo::Pam> pam = pamCollection_->intfPam(intfId);
+  const Quarn::Ptr<Velo::Pam> pam = pamCollection()->intfPam(intfId);
   if (!pam) {
     MRP_TRACE(4, " Tx is being Attempted before the PAM is enabled ");
     return;

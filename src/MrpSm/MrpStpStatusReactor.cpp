@@ -1,11 +1,11 @@
 #include "MrpSm/MrpStpStatusReactor.h"
 
-#include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpPortRoles.h"
 
 namespace Mrp {
 
 void MrpStpStatusReactor::onStpiStatus(const std::string& name) {
-  if (mrpSm_) mrpSm_->handleStpiStatus(name);
+  if (portRoles_) portRoles_->handleStpiStatus(name);
 }
 
 }  // namespace Mrp

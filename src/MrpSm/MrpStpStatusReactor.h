@@ -6,22 +6,22 @@
 
 namespace Mrp {
 
-class MrpSm;
+class MrpPortRoles;
 
 // Watches the spanning-tree status for instances that come and go, so the
-// engine keeps one instance watcher per instance.
+// engine's port roles keep one instance watcher per instance.
 class MrpStpStatusReactor : public Stp::Status::Notifiee {
  public:
-  explicit MrpStpStatusReactor(MrpSm* mrpSm) : mrpSm_(mrpSm) {}
+  explicit MrpStpStatusReactor(MrpPortRoles* portRoles) : portRoles_(portRoles) {}
 
   // Null once the engine is going away.
-  MrpSm* mrpSm() const { return mrpSm_; }
-  void mrpSmIs(MrpSm* mrpSm) { mrpSm_ = mrpSm; }
+  MrpPortRoles* portRoles() const { return portRoles_; }
+  void portRolesIs(MrpPortRoles* portRoles) { portRoles_ = portRoles; }
 
   void onStpiStatus(const std::string& name) override;
 
  private:
-  MrpSm* mrpSm_;
+  MrpPortRoles* portRoles_;
 };
 
 }  // namespace Mrp

@@ -2,8 +2,8 @@
 
 namespace Mrp {
 
-MrpStpiStatusReactor::MrpStpiStatusReactor(Quarn::Ptr<Stp::StpiStatus> stpiStatus, MrpSm* mrpSm)
-    : stpiStatus_(std::move(stpiStatus)), mrpSm_(mrpSm) {
+MrpStpiStatusReactor::MrpStpiStatusReactor(Quarn::Ptr<Stp::StpiStatus> stpiStatus, MrpPortRoles* portRoles)
+    : stpiStatus_(std::move(stpiStatus)), portRoles_(portRoles) {
   notifierIs(stpiStatus_.ptr());
   for (const auto& [name, status] : stpiStatus_->mstiStatuses()) mstiStatusIs(name);
 }

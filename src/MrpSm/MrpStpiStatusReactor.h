@@ -10,20 +10,20 @@
 
 namespace Mrp {
 
-class MrpSm;
+class MrpPortRoles;
 
-// Watches one spanning-tree protocol instance status for the engine: one
+// Watches one spanning-tree protocol instance status for the port roles: one
 // watcher per tree instance (MSTI) in it, created and deleted as they come
 // and go, each watching its ports' roles.
 class MrpStpiStatusReactor : public Stp::StpiStatus::Notifiee {
  public:
-  MrpStpiStatusReactor(Quarn::Ptr<Stp::StpiStatus> stpiStatus, MrpSm* mrpSm);
+  MrpStpiStatusReactor(Quarn::Ptr<Stp::StpiStatus> stpiStatus, MrpPortRoles* portRoles);
 
   const std::string& name() const { return stpiStatus_->name(); }
   const Quarn::Ptr<Stp::StpiStatus>& stpiStatus() const { return stpiStatus_; }
   // Null once the engine is going away.
-  MrpSm* mrpSm() const { return mrpSm_; }
-  void mrpSmIs(MrpSm* mrpSm) { mrpSm_ = mrpSm; }
+  MrpPortRoles* portRoles() const { return portRoles_; }
+  void portRolesIs(MrpPortRoles* portRoles) { portRoles_ = portRoles; }
 
   MrpMstiStatusReactor* mstiStatus(const std::string& name) const;
   std::size_t mstiStatusCount() const { return mstiStatus_.size(); }
@@ -34,7 +34,7 @@ class MrpStpiStatusReactor : public Stp::StpiStatus::Notifiee {
   void mstiStatusIs(const std::string& name);
 
   Quarn::Ptr<Stp::StpiStatus> stpiStatus_;
-  MrpSm* mrpSm_;
+  MrpPortRoles* portRoles_;
   std::map<std::string, std::unique_ptr<MrpMstiStatusReactor>> mstiStatus_;
 };
 

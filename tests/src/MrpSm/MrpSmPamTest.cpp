@@ -13,6 +13,7 @@ namespace {
 
 using Mrp::MrpApplication;
 using Mrp::MrpSm;
+using Mrp::MrpPamWiring;
 using Velo::PamFilterInstruction;
 namespace Op = Velo::PamFilterOp;
 
@@ -35,24 +36,24 @@ const std::vector<PamFilterInstruction> kMvrpFilter = {
 };
 
 TEST_F(MrpSmPamTest, TheFilterIsTheElevenInstructionProgram) {
-  EXPECT_EQ(MrpSm::pamFilterProgramOf(Velo::EthAddr(0x01, 0x80, 0xc2, 0x00, 0x00, 0x21), 0x88f5), kMvrpFilter);
+  EXPECT_EQ(MrpPamWiring::pamFilterProgramOf(Velo::EthAddr(0x01, 0x80, 0xc2, 0x00, 0x00, 0x21), 0x88f5), kMvrpFilter);
   auto engine = engineNew(MrpApplication::mvrp, false);
-  EXPECT_EQ(MrpSm::pamFilterProgram(), kMvrpFilter);
-  EXPECT_EQ(engine->pamMan()->filterProgram(), kMvrpFilter);
+  EXPECT_EQ(MrpPamWiring::pamFilterProgram(), kMvrpFilter);
+  EXPECT_EQ(engine->mrpPamSm()->wiring()->pamMan()->filterProgram(), kMvrpFilter);
 }
 
 TEST_F(MrpSmPamTest, TheFilterIsBuiltOnceAndReusedUnchangedByLaterEngines) {
   auto msrp = engineNew(MrpApplication::msrp, false);
-  const auto msrpFilter = MrpSm::pamFilterProgramOf(mrpLib->applicationMacAddr(), mrpLib->applicationEtype());
+  const auto msrpFilter = MrpPamWiring::pamFilterProgramOf(mrpLib->applicationMacAddr(), mrpLib->applicationEtype());
   Quarn::Ptr<RecordingMrpLib> mvrpLib = new RecordingMrpLib;
   mvrpLib->applicationIs(MrpApplication::mvrp);
   mvrpLib->applicationMacAddrIs(Velo::EthAddr(0x01, 0x80, 0xc2, 0x00, 0x00, 0x21));
   mvrpLib->applicationEtypeIs(0x88f5);
   auto mvrp = Mrp::mrpSmFactory(brConfig, mvrpLib, mrpConfig, new Mrp::MrpStatus, stpStatus, brTopoConfig,
                                 ethPhyIntfStatusDir, entityManager, false);
-  EXPECT_EQ(mvrp->pamMan()->filterProgram(), msrpFilter);
-  EXPECT_NE(mvrp->pamMan()->filterProgram(), kMvrpFilter);
-  EXPECT_EQ(mvrp->pamMan()->listenAddr(), mvrpLib->applicationMacAddr()) << "only the filter is shared";
+  EXPECT_EQ(mvrp->mrpPamSm()->wiring()->pamMan()->filterProgram(), msrpFilter);
+  EXPECT_NE(mvrp->mrpPamSm()->wiring()->pamMan()->filterProgram(), kMvrpFilter);
+  EXPECT_EQ(mvrp->mrpPamSm()->wiring()->pamMan()->listenAddr(), mvrpLib->applicationMacAddr()) << "only the filter is shared";
 }
 
 TEST_F(MrpSmPamTest, SetUpTracesAddressAndEtherTypeInHex) {
@@ -65,7 +66,7 @@ TEST_F(MrpSmPamTest, SetUpTracesAddressAndEtherTypeInHex) {
 
 TEST_F(MrpSmPamTest, ThePacketAccessManagerIsConfiguredAndEnabled) {
   auto engine = engineNew(MrpApplication::msrp, true);
-  const auto& man = *engine->pamMan();
+  const auto& man = *engine->mrpPamSm()->wiring()->pamMan();
   EXPECT_EQ(man.ethProtocol(), 3);
   EXPECT_EQ(man.listenAddr(), Velo::EthAddr(0x01, 0x80, 0xc2, 0x00, 0x00, 0x0e));
   EXPECT_EQ(man.maxRxPktData(), 10000u);
@@ -90,7 +91,7 @@ TEST_F(MrpSmPamTest, LocalDirectoriesHaveTheSameFixedNamesForEitherApplication) 
     EXPECT_EQ(engine->deviceIntfStatusDir()->name(), Quarn::Name("deviceIntfStatusDirMsrp"));
     EXPECT_EQ(engine->desiredIntfDir()->name(), Quarn::Name("desiredIntfDirMsrp"));
     EXPECT_EQ(engine->pamCollection()->name(), Quarn::Name("pamCollectionMsrp"));
-    const auto& root = *engine->intfStatusManagerRoot();
+    const auto& root = *engine->mrpPamSm()->wiring()->intfStatusManagerRoot();
     EXPECT_EQ(root.entity<Interface::DeviceIntfStatusDir>("deviceIntfStatusDirMsrp"), engine->deviceIntfStatusDir());
     EXPECT_EQ(root.entity<Interface::PamDesiredIntfDir>("desiredIntfDirMsrp"), engine->desiredIntfDir());
     EXPECT_EQ(root.entity<Interface::EthDevPamCollection>("pamCollectionMsrp"), engine->pamCollection());
@@ -103,15 +104,15 @@ TEST_F(MrpSmPamTest, InterfaceStatusDirectoriesAreKeptWhenTheyHaveTheExpectedTyp
   entityManager->entityIs("interface/status/all", all);
   entityManager->entityIs("interface/status/local", local);
   auto engine = engineNew(MrpApplication::mvrp, false);
-  EXPECT_EQ(engine->allIntfStatusDir(), all);
-  EXPECT_EQ(engine->allIntfStatusLocalDir(), local);
+  EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusDir(), all);
+  EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusLocalDir(), local);
 }
 
 TEST_F(MrpSmPamTest, InterfaceStatusDirectoriesOfAnotherTypeOrAbsentAreNotKept) {
   entityManager->entityIs("interface/status/all", new Interface::DeviceIntfStatusDir("other"));
   auto engine = engineNew(MrpApplication::mvrp, false);
-  EXPECT_EQ(engine->allIntfStatusDir(), nullptr);
-  EXPECT_EQ(engine->allIntfStatusLocalDir(), nullptr);
+  EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusDir(), nullptr);
+  EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusLocalDir(), nullptr);
 }
 
 TEST_F(MrpSmPamTest, TheDefaultNamespaceStatusIsMounted) {

@@ -220,15 +220,33 @@ TEST_F(MrpSmTest, WatchesEverySpanningTreeInstanceAndFollowsChanges) {
   stpStatus->stpiStatusIs("default");
   stpStatus->stpiStatusIs("backup");
   auto engine = engineNew(MrpApplication::mvrp, true);
-  EXPECT_EQ(engine->stpiStatusCount(), 2u);
+  EXPECT_EQ(engine->portRoles().stpiStatusCount(), 2u);
   ASSERT_NE(engine->stpiStatus("default"), nullptr);
-  EXPECT_EQ(engine->stpiStatus("default")->mrpSm(), engine.ptr());
+  EXPECT_EQ(engine->stpiStatus("default")->portRoles(), &engine->portRoles());
 
   stpStatus->stpiStatusIs("third");
   EXPECT_NE(engine->stpiStatus("third"), nullptr);
   stpStatus->stpiStatusDel("default");
   EXPECT_EQ(engine->stpiStatus("default"), nullptr);
-  EXPECT_EQ(engine->stpiStatusCount(), 2u);
+  EXPECT_EQ(engine->portRoles().stpiStatusCount(), 2u);
+}
+
+TEST_F(MrpSmTest, AnEngineCreatedWhileAPortAlreadyHasARoleStartsAndJudgesItOnceItCan) {
+  stpStatus->modeIs(Stp::kModeRstp);
+  stpStatus->stpiStatusIs("stp")->mstiStatusIs("Cist")->mstiPortStatusIs("p1")->roleIs(
+      Stp::MstiPortStatus::Role::root);
+  auto engine = engineNew(MrpApplication::mvrp, false);
+  EXPECT_TRUE(engine->portRoles().judging());
+  EXPECT_TRUE(engine->oldPortRole().empty()) << "judged at the end of initialisation, when no port is wanted yet";
+}
+
+TEST_F(MrpSmTest, ARoleChangeOnAPortWhoseNativeVlanIsOutOfRangeStaysWithTheEngine) {
+  stpStatus->modeIs(Stp::kModePvst);
+  brConfig->switchIntfConfigIs(Velo::IntfId("p1"))->nativeVlanIs(4095);
+  auto engine = engineNew(MrpApplication::mvrp, false);
+  const auto port = stpStatus->stpiStatusIs("stp")->mstiStatusIs("Vl4095")->mstiPortStatusIs("p1");
+  EXPECT_NO_THROW(port->roleIs(Stp::MstiPortStatus::Role::root));
+  EXPECT_TRUE(engine->oldPortRole().empty());
 }
 
 TEST_F(MrpSmTest, TeardownDetachesFromServiceObjectAndSpanningTree) {

@@ -1,6 +1,7 @@
+#include "MrpSm/MrpPamWiring.h"
+
 #include <ios>
 
-#include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
 #include "kni/NamespaceName.h"
 #include "kni/Status.h"
@@ -19,10 +20,10 @@ std::uint32_t dmacLowerOf(const Velo::EthAddr& dmac) {
 
 }  // namespace
 
-Velo::PamFilterProgram MrpSm::pamFilterProgram_;
+Velo::PamFilterProgram MrpPamWiring::pamFilterProgram_;
 
 // Jump offsets count from the instruction after the jump; 10 is the drop.
-Velo::PamFilterProgram MrpSm::pamFilterProgramOf(const Velo::EthAddr& dmac, std::uint16_t etherType) {
+Velo::PamFilterProgram MrpPamWiring::pamFilterProgramOf(const Velo::EthAddr& dmac, std::uint16_t etherType) {
   using namespace Velo::PamFilterOp;
   return {
       {kLoadWordAbs, 0, 0, 2},                             // 0: address bytes 2-5
@@ -39,17 +40,14 @@ Velo::PamFilterProgram MrpSm::pamFilterProgramOf(const Velo::EthAddr& dmac, std:
   };
 }
 
-void MrpSm::doInitializePamMan() {
-  const Velo::EthAddr& dmac = mrpLib_->applicationMacAddr();
-  const std::uint16_t etherType = mrpLib_->applicationEtype();
+MrpPamWiring::MrpPamWiring(Hive::EntityManager& entityManager, const Velo::EthAddr& dmac, std::uint16_t etherType) {
   MRP_TRACE(6, "MrpSm::PamManEnable dmacUpper " << std::hex << dmacUpperOf(dmac) << " dmacLower "
                                                 << dmacLowerOf(dmac) << " ethType " << etherType);
   if (pamFilterProgram_.empty()) pamFilterProgram_ = pamFilterProgramOf(dmac, etherType);
 
-  allIntfStatusDir_ = entityManager_->entity<Interface::AllIntfStatusDir>(Interface::AllIntfStatusDir::kAllPath);
-  allIntfStatusLocalDir_ =
-      entityManager_->entity<Interface::AllIntfStatusDir>(Interface::AllIntfStatusDir::kLocalPath);
-  KernelNetInfo::statusMount(*entityManager_, KernelNetInfo::NamespaceName());
+  allIntfStatusDir_ = entityManager.entity<Interface::AllIntfStatusDir>(Interface::AllIntfStatusDir::kAllPath);
+  allIntfStatusLocalDir_ = entityManager.entity<Interface::AllIntfStatusDir>(Interface::AllIntfStatusDir::kLocalPath);
+  KernelNetInfo::statusMount(entityManager, KernelNetInfo::NamespaceName());
 
   deviceIntfStatusDir_ = new Interface::DeviceIntfStatusDir(kDeviceIntfStatusDirName);
   desiredIntfDir_ = new Interface::PamDesiredIntfDir(kDesiredIntfDirName);
@@ -67,9 +65,14 @@ void MrpSm::doInitializePamMan() {
   pamMan_->perIntfSocketIs(true);
   Velo::pamMaxRxPktDataIs(kPamMaxRxPktData);
   pamMan_->enabledIs(true);
+}
 
-  mrpPamSm_ = new MrpPamSm(pamCollection_, standbyMode_, this);
-  mrpPamSm_->handleInitialized();
+void MrpPamWiring::release() {
+  deviceIntfStatusDir_ = nullptr;
+  intfStatusManagerRoot_ = nullptr;
+  desiredIntfDir_ = nullptr;
+  pamCollection_ = nullptr;
+  pamMan_ = nullptr;
 }
 
 }  // namespace Mrp
