@@ -14,7 +14,7 @@
 #include <tuple>
 #include <vector>
 
-#include "Decoder.h"
+#include "decode/Decoder.h"
 #include "quarn/Log.h"
 #include "quarn/System.h"
 #include "support/PamEngineFixture.h"

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "CaptureWriter.h"
+#include "format/CaptureWriter.h"
 #include "support/TempDir.h"
 
 namespace MrpTest {

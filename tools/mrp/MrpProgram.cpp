@@ -4,12 +4,12 @@
 
 #include <ostream>
 
-#include "AgentCommand.h"
-#include "AgentWorkerCommand.h"
-#include "CtlCommand.h"
-#include "DecodeCommand.h"
-#include "ReplayCommand.h"
-#include "SimCommand.h"
+#include "agent/AgentCommand.h"
+#include "agent/AgentWorkerCommand.h"
+#include "ctl/CtlCommand.h"
+#include "decode/DecodeCommand.h"
+#include "replay/ReplayCommand.h"
+#include "sim/SimCommand.h"
 
 namespace MrpCli {
 

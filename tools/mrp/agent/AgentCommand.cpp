@@ -1,0 +1,134 @@
+#include "agent/AgentCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <arpa/inet.h>
+#include <linux/if_ether.h>
+#include <net/if.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <system_error>
+
+#include "agent/Agent.h"
+#include "agent/AgentSupervisor.h"
+#include "common/Applications.h"
+#include "format/AgentConfigReader.h"
+#include "report/JsonTimeline.h"
+#include "report/TextTimeline.h"
+
+namespace MrpCli {
+
+namespace {
+
+constexpr int kBadInput = 2;
+constexpr int kFailed = 1;
+
+int fail(std::ostream& err, const std::string& message, int status) {
+  err << "mrp agent: " << message << '\n';
+  return status;
+}
+
+CLI::Validator interfaceName() {
+  return CLI::Validator(
+      [](std::string& value) -> std::string {
+        if (!value.empty() && value.size() < IFNAMSIZ && value.find_first_of("/ \t:") == std::string::npos) return "";
+        return "'" + value + "' is not an interface name";
+      },
+      "");
+}
+
+// Why packet sockets cannot be had, when it is for lack of privilege: the
+// agent cannot work at all then, on any port.
+std::optional<std::string> packetSocketRefusal() {
+  const int fd = socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, htons(ETH_P_ALL));
+  if (fd >= 0) {
+    close(fd);
+    return std::nullopt;
+  }
+  if (errno != EPERM && errno != EACCES) return std::nullopt;
+  return std::strerror(errno);
+}
+
+}  // namespace
+
+AgentCommand::AgentCommand(CLI::App& program)
+    : command_(program.add_subcommand("agent", "Run a bridge on Linux interfaces until SIGINT or SIGTERM")) {
+  command_->add_option("--ports", ports_, "The interfaces, comma-separated (they may come and go while it runs)")
+      ->required()
+      ->delimiter(',')
+      ->type_name("IF,...")
+      ->check(interfaceName());
+  command_->add_option("--apps", applications_, "The applications it runs (default: mvrp,msrp)")
+      ->delimiter(',')
+      ->type_name("APP,...")
+      ->check(knownApplication());
+  command_->add_option("--config", configFile_, "A configuration file (JSON): leave times, per-port times, flooding")
+      ->type_name("FILE");
+  command_->add_option("--control", controlPath_, "The control socket that `mrp ctl` talks to")
+      ->type_name("PATH")
+      ->capture_default_str();
+  command_->add_flag("--json", json_, "Log as JSON lines");
+  command_->footer(
+      "On SIGINT or SIGTERM the agent withdraws what it declares, sends the Lv messages and exits 0.\n"
+      "The README describes the configuration file and `mrp ctl`.");
+}
+
+bool AgentCommand::chosen() const { return command_->parsed(); }
+
+int AgentCommand::run(std::ostream& out, std::ostream& err) const {
+  AgentSupervisor::Options options;
+  options.ports = ports_;
+  for (const std::string& name : applications_) {
+    const auto application = applicationNamed(name);
+    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
+        options.applications.end()) {
+      options.applications.push_back(*application);
+    }
+  }
+  options.controlPath = controlPath_;
+  if (configFile_) {
+    std::ifstream in(*configFile_, std::ios::binary);
+    if (!in) return fail(err, "cannot open '" + *configFile_ + "'", kBadInput);
+    std::ostringstream text;
+    text << in.rdbuf();
+    try {
+      agentConfigFromJson(text.str(), ports_);
+    } catch (const JsonInputError& error) {
+      return fail(err, *configFile_ + ": " + error.what(), kBadInput);
+    }
+    options.configText = text.str();
+  }
+  if (const auto refusal = packetSocketRefusal()) {
+    return fail(err,
+                ports_.front() + ": cannot open a packet socket: " + *refusal +
+                    " (run as root or with CAP_NET_RAW and CAP_NET_ADMIN)",
+                kFailed);
+  }
+
+  std::unique_ptr<Timeline> timeline;
+  if (json_) {
+    timeline = std::make_unique<JsonTimeline>(out);
+  } else {
+    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, ports_,
+                                              TextTimelineOptions{.wallClock = true});
+  }
+  // Each line as it happens: the log is read while the agent runs.
+  out << std::unitbuf;
+  try {
+    AgentSupervisor supervisor(options, *timeline, err);
+    supervisor.run();
+  } catch (const std::system_error& error) {
+    return fail(err, error.what(), kFailed);
+  }
+  return 0;
+}
+
+}  // namespace MrpCli
