@@ -1,7 +1,6 @@
 #include "MrpSm/MrpSm.h"
 
 #include "MrpSm/MrpSmTrace.h"
-#include "quarn/Collection.h"
 #include "quarn/NboAttrLog.h"
 #include "quarn/System.h"
 
@@ -21,7 +20,8 @@ MrpSm::MrpSm(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr<MrpLib> mrpLib, Q
       ethPhyIntfStatusDir_(std::move(ethPhyIntfStatusDir)),
       entityManager_(std::move(entityManager)),
       standbyMode_(standbyMode),
-      portRoles_(stpStatus_, *this) {
+      portRoles_(stpStatus_, *this),
+      attributeStore_(mrpStatus_, mrpLib_->application()) {
   handleInitialized();
 }
 
@@ -41,6 +41,7 @@ MrpSm::~MrpSm() {
   mrpParsedAttributeDelAll();
   mrpAttrLogSm_ = nullptr;
   mrpAttrIterDelAll();
+  attributeStore_.reviewMachinesIs(nullptr, nullptr);
   mrpDatabaseDeleteSm_ = nullptr;
   mrpDatabaseAddSm_ = nullptr;
   if (mrpLib_->mrpSm() == this) mrpLib_->mrpSmIs(nullptr);
@@ -60,7 +61,7 @@ void MrpSm::handleStandbyMode() {
   MRP_TRACE(8, "void Mrp::MrpSm::handleStandbyMode()");
   // An active engine stays active: only leaving standby does anything.
   if (standbyMode_ || active()) return;
-  doRebuildAttrIter();
+  attributeStore_.doRebuildAttrIter();
   doInitializeCounters();
   parseContext_ = new MrpParseContext("MrpParseContext");
   parseContext_->eventsCounterIs(0);
@@ -69,6 +70,7 @@ void MrpSm::handleStandbyMode() {
   mrpAttrLogSm_ = new MrpAttrLogSm(attrLogOutput());
   mrpDatabaseDeleteSm_ = new MrpDatabaseDeleteSm(this, mrpAttrLogSm_.ptr(), clock);
   mrpDatabaseAddSm_ = new MrpDatabaseAddSm(this, mrpAttrLogSm_.ptr(), clock);
+  attributeStore_.reviewMachinesIs(mrpDatabaseAddSm_.ptr(), mrpDatabaseDeleteSm_.ptr());
   applicantSm_ = new MrpApplicantSm(this, mrpConfig_);
   registrarSm_ = new MrpRegistrarSm(this, mrpConfig_, timerWheel_);
   leaveAllSm_ = new MrpLeaveAllSm(this, mrpConfig_, timerWheel_);
@@ -92,19 +94,6 @@ std::uint8_t MrpSm::maxAttrTypesOf(MrpApplication application) {
       return 1;
   }
   return 0;
-}
-
-// Registrations stored by an earlier active engine survive a switch from
-// standby to active: index every (port, type) of the store with its keys.
-void MrpSm::doRebuildAttrIter() {
-  Quarn::Ptr<MrpApplicationDatabase> database = mrpStatus_->applicationDatabase(mrpLib_->application());
-  if (!database) return;
-  for (const auto& [intfId, intfApplicant] : database->attrDatabases()) {
-    for (const auto& [attributeType, typeApplicant] : intfApplicant->intfTypeApplicants()) {
-      Quarn::Ptr<MrpAttrIter> iter = mrpAttrIterIs({intfId, attributeType});
-      for (const auto& [attributeKey, entry] : typeApplicant->mrpAttributes()) iter->attributeKeyIs(attributeKey, true);
-    }
-  }
 }
 
 void MrpSm::doInitializeCounters() {
@@ -157,14 +146,6 @@ void MrpSm::roleActionIs(const Velo::IntfId& intfId, MrpPortRoles::RoleAction ac
     leaveAllSm_->mrpPostLeaveAllToSm(intfId, type, flush ? MrpApplicantEvent::flush : MrpApplicantEvent::redeclare,
                                      flush ? MrpRegistrarEvent::flush : MrpRegistrarEvent::redeclare);
   }
-}
-
-Quarn::Ptr<MrpAttrIter> MrpSm::mrpAttrIter(const MrpAttrIter::Key& key) const {
-  return Quarn::entryOf(mrpAttrIter_, key);
-}
-
-Quarn::Ptr<MrpAttrIter> MrpSm::mrpAttrIterIs(const MrpAttrIter::Key& key) {
-  return Quarn::entryIs(mrpAttrIter_, key, [&key] { return new MrpAttrIter(key); });
 }
 
 Quarn::Ptr<MrpSm> mrpSmFactory(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr<MrpLib> mrpLib,

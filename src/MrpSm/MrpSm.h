@@ -19,6 +19,7 @@
 #include "MrpModel/MrpStatus.h"
 #include "MrpSm/MrpApplicantSm.h"
 #include "MrpSm/MrpAttrIter.h"
+#include "MrpSm/MrpAttributeStore.h"
 #include "MrpSm/MrpAttrLogSm.h"
 #include "MrpSm/MrpDatabaseAddSm.h"
 #include "MrpSm/MrpDatabaseDeleteSm.h"
@@ -132,14 +133,6 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   MrpStpiStatusReactor* stpiStatus(const std::string& name) const { return portRoles_.stpiStatus(name); }
   void handleStpiStatus(const std::string& name) { portRoles_.handleStpiStatus(name); }
 
-  // The attribute index: one entry per (port, attribute type).
-  using AttrIterMap = std::unordered_map<MrpAttrIter::Key, Quarn::Ptr<MrpAttrIter>>;
-  const AttrIterMap& mrpAttrIters() const { return mrpAttrIter_; }
-  Quarn::Ptr<MrpAttrIter> mrpAttrIter(const MrpAttrIter::Key& key) const;
-  Quarn::Ptr<MrpAttrIter> mrpAttrIterIs(const MrpAttrIter::Key& key);
-  void mrpAttrIterDel(const MrpAttrIter::Key& key) { mrpAttrIter_.erase(key); }
-  void mrpAttrIterDelAll() { mrpAttrIter_.clear(); }
-
   // The 64-bit key of the current attribute type's value in the service
   // object's transmit (Tx) or receive (Rx) fields: the stream id for Talkers
   // and Listeners, the class id for Domains, the VLAN id; 0 otherwise.
@@ -251,15 +244,72 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   }
   // ==== end of receive parser ====
 
-  // ==== Attribute database and batched updates (MrpSmDatabase.cpp, MrpSmPending.cpp) ====
-  // Most operations act on the current attribute: the port, type and key of
-  // the parse context, which the caller sets first.
+  // ==== Attribute database and batched updates ====
+  // The store with its pending additions and deletions and its index; the
+  // forwards below keep its operations on the engine for the machines.
+  MrpAttributeStore& attributeStore() { return attributeStore_; }
+  const MrpAttributeStore& attributeStore() const { return attributeStore_; }
 
-  // The entry of an attribute, or null; creates nothing. A pending addition
-  // is found only with `useLocalCopy`; an attribute pending deletion reads
-  // as absent.
+  // Look-ups.
   Quarn::Ptr<MrpAttrDatabase> mrpGetAttrFromDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
-                                                     const std::uint64_t& key, bool useLocalCopy) const;
+                                                     const std::uint64_t& key, bool useLocalCopy) const {
+    return attributeStore_.mrpGetAttrFromDatabase(intfId, attributeType, key, useLocalCopy);
+  }
+  Quarn::Ptr<MrpAttrDatabase> createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
+                                                    const std::uint64_t& key) {
+    return attributeStore_.createEntryInDatabase(intfId, attributeType, key);
+  }
+  Quarn::Ptr<MrpIntfTypeApplicant> mrpIntfTypeApplicant(const Velo::IntfId& intfId,
+                                                        std::uint8_t attributeType) const {
+    return attributeStore_.mrpIntfTypeApplicant(intfId, attributeType);
+  }
+
+  // The attribute index.
+  using AttrIterMap = MrpAttributeStore::AttrIterMap;
+  const AttrIterMap& mrpAttrIters() const { return attributeStore_.mrpAttrIters(); }
+  Quarn::Ptr<MrpAttrIter> mrpAttrIter(const MrpAttrIter::Key& key) const { return attributeStore_.mrpAttrIter(key); }
+  Quarn::Ptr<MrpAttrIter> mrpAttrIterIs(const MrpAttrIter::Key& key) { return attributeStore_.mrpAttrIterIs(key); }
+  void mrpAttrIterDel(const MrpAttrIter::Key& key) { attributeStore_.mrpAttrIterDel(key); }
+  void mrpAttrIterDelAll() { attributeStore_.mrpAttrIterDelAll(); }
+  void addToAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key) {
+    attributeStore_.addToAttrIter(intfId, attributeType, key);
+  }
+  void removeFromAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key) {
+    attributeStore_.removeFromAttrIter(intfId, attributeType, key);
+  }
+  template <class Handle>
+  void mrpAttrIterWalk(const Velo::IntfId& intfId, std::uint8_t attributeType, Handle&& handle) {
+    attributeStore_.mrpAttrIterWalk(intfId, attributeType, std::forward<Handle>(handle));
+  }
+
+  // Batched updates, committed by the review machines.
+  using AddPendingAttrMap = MrpAttributeStore::AddPendingAttrMap;
+  using DeletePendingAttrMap = MrpAttributeStore::DeletePendingAttrMap;
+  Quarn::Ptr<MrpAttrDatabase> addAttrToAddPending(const MrpAttribute& attribute) {
+    return attributeStore_.addAttrToAddPending(attribute);
+  }
+  void removeAttrFromAddPending(const MrpAttribute& attribute) { attributeStore_.removeAttrFromAddPending(attribute); }
+  void addAttrToDeletePending(const MrpAttribute& attribute) { attributeStore_.addAttrToDeletePending(attribute); }
+  const AddPendingAttrMap& addPendingAttrs() const { return attributeStore_.addPendingAttrs(); }
+  Quarn::Ptr<MrpAttrDatabase> addPendingAttr(const MrpAttribute& attribute) const {
+    return attributeStore_.addPendingAttr(attribute);
+  }
+  void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
+    attributeStore_.addPendingAttrIs(attribute, std::move(entry));
+  }
+  void addPendingAttrDel(const MrpAttribute& attribute) { attributeStore_.addPendingAttrDel(attribute); }
+  void addPendingAttrDelAll() { attributeStore_.addPendingAttrDelAll(); }
+  const DeletePendingAttrMap& deletePendingAttrs() const { return attributeStore_.deletePendingAttrs(); }
+  bool deletePendingAttr(const MrpAttribute& attribute) const { return attributeStore_.deletePendingAttr(attribute); }
+  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) {
+    attributeStore_.deletePendingAttrIs(attribute, pending);
+  }
+  void deletePendingAttrDel(const MrpAttribute& attribute) { attributeStore_.deletePendingAttrDel(attribute); }
+  void deletePendingAttrDelAll() { attributeStore_.deletePendingAttrDelAll(); }
+
+  // The operations below act on the current attribute: the port, type and
+  // key of the parse context, which the caller sets first (MrpSmDatabase.cpp).
+
   // The current attribute's entry; when missing and `create`, a new VO/MT
   // entry holding the received value.
   Quarn::Ptr<MrpAttrDatabase> mrpGetAttribute(bool create);
@@ -267,14 +317,8 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   // current type's transmit (`txAttribute`) or received value.
   Quarn::Ptr<MrpAttrDatabase> mrpAddAttrToDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
                                                    const std::uint64_t& key, bool txAttribute);
-  // The store's entry, made with any missing level; used to commit additions.
-  Quarn::Ptr<MrpAttrDatabase> createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
-                                                    const std::uint64_t& key);
   // Queues the current attribute for batched deletion; it reads as absent at once.
   void mrpDeleteAttrFromDatabase();
-  // The store's collection of one port and type, or null; creates nothing.
-  Quarn::Ptr<MrpIntfTypeApplicant> mrpIntfTypeApplicant(const Velo::IntfId& intfId,
-                                                        std::uint8_t attributeType) const;
 
   // Writes the current type's transmit or received value into the entry's
   // value octets; a type outside the application writes nothing.
@@ -295,62 +339,6 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   bool msrpRxVectorSameAsDatabaseAttr() const;
   bool mvrpRxVectorSameAsDatabaseAttr() const;
 
-  // The attribute index: a key joins with its first addition and leaves
-  // with its deletion; an emptied (port, type) entry goes away.
-  void addToAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key);
-  void removeFromAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key);
-  // Calls `handle(key)` for each key indexed for the port and type, in
-  // ascending order. The walk survives changes to the index made on the
-  // way: each step takes the first key after the one just handled.
-  template <class Handle>
-  void mrpAttrIterWalk(const Velo::IntfId& intfId, std::uint8_t attributeType, Handle&& handle);
-
-  // Batched updates, committed by the review machines; ordered so batches
-  // go port by port in ascending type and key.
-  using AddPendingAttrMap = std::map<MrpAttribute, Quarn::Ptr<MrpAttrDatabase>>;
-  using DeletePendingAttrMap = std::map<MrpAttribute, bool>;
-
-  // The stored entry, or a new pending one that replaces any earlier
-  // pending one and cancels a pending deletion.
-  Quarn::Ptr<MrpAttrDatabase> addAttrToAddPending(const MrpAttribute& attribute);
-  // Drops a pending addition; the index keeps a key that is also stored.
-  void removeAttrFromAddPending(const MrpAttribute& attribute);
-  // Queues a stored attribute for deletion; one never committed is simply
-  // dropped, one neither stored nor pending is ignored.
-  void addAttrToDeletePending(const MrpAttribute& attribute);
-
-  const AddPendingAttrMap& addPendingAttrs() const { return addPendingAttr_; }
-  Quarn::Ptr<MrpAttrDatabase> addPendingAttr(const MrpAttribute& attribute) const;
-  // The first pending addition not before `attribute`, tried beside the
-  // last one found before the whole map is searched.
-  AddPendingAttrMap::const_iterator addPendingLowerBound(const MrpAttribute& attribute) const;
-  void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry);
-  void addPendingAttrDel(const MrpAttribute& attribute) {
-    ++databaseGeneration_;
-    ++addPendingErasures_;
-    addPendingAttr_.erase(attribute);
-  }
-  void addPendingAttrDelAll() {
-    ++databaseGeneration_;
-    ++addPendingErasures_;
-    addPendingAttr_.clear();
-  }
-
-  const DeletePendingAttrMap& deletePendingAttrs() const { return deletePendingAttr_; }
-  // False when the attribute is not listed.
-  bool deletePendingAttr(const MrpAttribute& attribute) const;
-  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) {
-    ++databaseGeneration_;
-    deletePendingAttr_[attribute] = pending;
-  }
-  void deletePendingAttrDel(const MrpAttribute& attribute) {
-    ++databaseGeneration_;
-    deletePendingAttr_.erase(attribute);
-  }
-  void deletePendingAttrDelAll() {
-    ++databaseGeneration_;
-    deletePendingAttr_.clear();
-  }
   // ==== end of attribute database ====
 
   // ==== Packet access: its wiring lives in mrpPamSm ====
@@ -409,7 +397,6 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   bool rolesAct() const override { return !standbyMode_ && active(); }
   void roleActionIs(const Velo::IntfId& intfId, MrpPortRoles::RoleAction action) override;
   void doInitializeCounters();
-  void doRebuildAttrIter();
   Quarn::Ptr<Quarn::NboAttrLog::SocketOutSm> attrLogOutput() const;
 
   Quarn::Ptr<Bridging::Config> brConfig_;
@@ -438,10 +425,7 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   bool recycledPkt_ = false;
   std::uint8_t protocolVersion_ = 0;
   std::map<std::uint8_t, bool> mrpRxLeaveAll_;
-  AttrIterMap mrpAttrIter_;
-
-  // The stored entry, absent while its deletion is pending.
-  Quarn::Ptr<MrpAttrDatabase> storedEntry(const MrpAttribute& attribute) const;
+  MrpAttributeStore attributeStore_;
 
   // ==== Receive parser fields ====
   // A parse step whose read would run past the frame: counts it once as
@@ -489,46 +473,7 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
                           std::span<const std::uint8_t> octets);
   // ==== end of receive parser fields ====
 
-  // ==== Attribute database fields ====
-  AddPendingAttrMap addPendingAttr_;
-  // Where the last look-up or insertion of a pending addition ended, valid
-  // while nothing has been erased since: a frame's values come in key order,
-  // so the next one is found beside it, not by a walk down the tree.
-  struct PendingFinger {
-    AddPendingAttrMap::const_iterator at;
-    std::uint64_t erasures = ~std::uint64_t{0};
-  };
-  mutable PendingFinger addPendingFinger_;
-  std::uint64_t addPendingErasures_ = 0;
-  DeletePendingAttrMap deletePendingAttr_;
-  // Counts the changes to the pending maps and the store. The machines look
-  // the current attribute up several times while they handle one event: the
-  // last lookup (pending additions included) is kept until the next change.
-  std::uint64_t databaseGeneration_ = 0;
-  struct LastLookup {
-    MrpAttribute attribute;
-    Quarn::Ptr<MrpAttrDatabase> entry;
-    std::uint64_t generation = ~std::uint64_t{0};
-  };
-  mutable LastLookup lastLookup_;
-  // ==== end of attribute database fields ====
-
 };
-
-template <class Handle>
-void MrpSm::mrpAttrIterWalk(const Velo::IntfId& intfId, std::uint8_t attributeType, Handle&& handle) {
-  const MrpAttrIter::Key iterKey{intfId, attributeType};
-  std::optional<std::uint64_t> previous;
-  for (;;) {
-    const Quarn::Ptr<MrpAttrIter> iter = mrpAttrIter(iterKey);
-    if (!iter) return;
-    const auto& keys = iter->attributeKeys();
-    const auto next = previous ? keys.upper_bound(*previous) : keys.begin();
-    if (next == keys.end()) return;
-    previous = *next;
-    handle(*next);
-  }
-}
 
 // A new engine, initialised: active unless `standbyMode`.
 Quarn::Ptr<MrpSm> mrpSmFactory(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr<MrpLib> mrpLib,

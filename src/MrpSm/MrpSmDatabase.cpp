@@ -47,33 +47,6 @@ bool sameValue(const MrpLib& lib, std::uint8_t attributeType, const MrpAttrDatab
 
 }  // namespace
 
-Quarn::Ptr<MrpIntfTypeApplicant> MrpSm::mrpIntfTypeApplicant(const Velo::IntfId& intfId,
-                                                             std::uint8_t attributeType) const {
-  const Quarn::Ptr<MrpApplicationDatabase> database = mrpStatus_->applicationDatabase(mrpLib_->application());
-  if (!database) return nullptr;
-  const Quarn::Ptr<MrpIntfApplicant> intf = database->attrDatabase(intfId);
-  return intf ? intf->intfTypeApplicant(attributeType) : nullptr;
-}
-
-Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttrFromDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
-                                                          const std::uint64_t& key, bool useLocalCopy) const {
-  const MrpAttribute attribute{intfId, attributeType, key};
-  if (!useLocalCopy) return storedEntry(attribute);
-  if (lastLookup_.generation == databaseGeneration_ && lastLookup_.attribute == attribute) return lastLookup_.entry;
-  Quarn::Ptr<MrpAttrDatabase> entry = addPendingAttr(attribute);
-  if (!entry) entry = storedEntry(attribute);
-  lastLookup_ = {attribute, entry, databaseGeneration_};
-  return entry;
-}
-
-Quarn::Ptr<MrpAttrDatabase> MrpSm::storedEntry(const MrpAttribute& attribute) const {
-  const Quarn::Ptr<MrpIntfTypeApplicant> type = mrpIntfTypeApplicant(attribute.intfId, attribute.attributeType);
-  if (!type) return nullptr;
-  const Quarn::Ptr<MrpAttrDatabase> stored = type->mrpAttribute(attribute.attributeKey);
-  if (!stored || deletePendingAttr(attribute)) return nullptr;
-  return stored;
-}
-
 Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttribute(bool create) {
   const MrpParseContext& context = *parseContext_;
   Quarn::Ptr<MrpAttrDatabase> entry =
@@ -90,15 +63,6 @@ Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpAddAttrToDatabase(const Velo::IntfId& intf
   entry->registrarStateIs(MrpRegistrarState::mt);
   mrpPopulateValueInDatabase(entry, txAttribute);
   return entry;
-}
-
-Quarn::Ptr<MrpAttrDatabase> MrpSm::createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
-                                                         const std::uint64_t& key) {
-  ++databaseGeneration_;
-  return mrpStatus_->applicationDatabaseIs(mrpLib_->application())
-      ->attrDatabaseIs(intfId)
-      ->intfTypeApplicantIs(attributeType)
-      ->mrpAttributeIs(key);
 }
 
 void MrpSm::mrpDeleteAttrFromDatabase() {
@@ -182,18 +146,6 @@ bool MrpSm::msrpRxVectorSameAsDatabaseAttr() const {
 bool MrpSm::mvrpRxVectorSameAsDatabaseAttr() const {
   return static_cast<MvrpAttrType>(parseContext_->attributeType()) == MvrpAttrType::vlanVector &&
          mrpLib_->mvrpVlanVectorRx().vlanId() == parseContext_->attributeKey();
-}
-
-void MrpSm::addToAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key) {
-  mrpAttrIterIs({intfId, attributeType})->attributeKeyIs(key, true);
-}
-
-void MrpSm::removeFromAttrIter(const Velo::IntfId& intfId, std::uint8_t attributeType, const std::uint64_t& key) {
-  const MrpAttrIter::Key iterKey{intfId, attributeType};
-  const Quarn::Ptr<MrpAttrIter> iter = mrpAttrIter(iterKey);
-  if (!iter) return;
-  iter->attributeKeyIs(key, false);
-  if (iter->attributeKeys().empty()) mrpAttrIterDel(iterKey);
 }
 
 }  // namespace Mrp
