@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <map>
+#include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -193,6 +195,42 @@ TEST_F(MrpTransmitterTest, APortThatLostItsPacketAccessKeepsItsPacketForLater) {
   transmitter.mrpTransmitTxPacket(kP1, false);
   EXPECT_EQ(firstVlans(ports.sentTake(kP1)), (std::vector<std::uint16_t>{10}));
 }
+
+// A packet holding `singles` one-value vectors (VLANs 2, 4, ...) and then
+// one vector of `run` consecutive VLANs packs 2 + 5 * singles + 4 +
+// ceil(run / 3) octets; with the 64 of headroom it is sent at once when that
+// reaches 1500 or the port's MTU (0: none reported).
+struct SizeCase {
+  const char* name;
+  std::uint32_t mtu;
+  int singles;
+  int run;
+  bool sent;
+};
+void PrintTo(const SizeCase& c, std::ostream* os) { *os << c.name; }
+
+class MrpTransmitterSizeTest : public MrpTransmitterTest, public ::testing::WithParamInterface<SizeCase> {};
+
+TEST_P(MrpTransmitterSizeTest, PacketIsSentOnceItsSizeWithHeadroomReachesTheBound) {
+  const SizeCase& c = GetParam();
+  ports.mtus[kP1] = c.mtu;
+  for (int k = 1; k <= c.singles; ++k) sendVlan(static_cast<std::uint16_t>(2 * k));
+  for (int k = 0; k < c.run - 1; ++k) sendVlan(static_cast<std::uint16_t>(3000 + k));
+  ASSERT_TRUE(ports.sentTake(kP1).empty()) << "nothing before the last attribute";
+  sendVlan(static_cast<std::uint16_t>(3000 + c.run - 1));
+  EXPECT_EQ(ports.sentTake(kP1).size(), c.sent ? 1u : 0u);
+  EXPECT_EQ(static_cast<bool>(transmitter.mrpTxPacketContext(kP1)), !c.sent);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Bounds, MrpTransmitterSizeTest,
+    ::testing::Values(SizeCase{"Reaches1500", 0, 285, 13, true},         // 2 + 1425 + 4 + 5 + 64 = 1500
+                      SizeCase{"OneBelow1500", 0, 285, 12, false},       // 2 + 1425 + 4 + 4 + 64 = 1499
+                      SizeCase{"Reaches1500UnderABigMtu", 9000, 285, 13, true},
+                      SizeCase{"OneBelow1500UnderABigMtu", 9000, 285, 12, false},
+                      SizeCase{"ReachesTheMtu", 71, 0, 1, true},     // 2 + 4 + 1 + 64 = 71
+                      SizeCase{"OneBelowTheMtu", 72, 0, 1, false}),  // 71 < 72
+    [](const ::testing::TestParamInfo<SizeCase>& info) { return std::string(info.param.name); });
 
 TEST_F(MrpTransmitterTest, TheCycleSendsEveryTenthOfASecondOnItsWheelUntilStopped) {
   const Quarn::Ptr<Quarn::SimClock> clock = new Quarn::SimClock;
