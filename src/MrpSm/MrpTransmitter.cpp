@@ -121,7 +121,8 @@ bool MrpTransmitter::contextOpen(const MrpParameters& parameters, const Velo::In
   Quarn::Ptr<Velo::Pkt> pkt = Velo::pktManager().pktNew(kTxPktBytes);
   if (!pkt) {
     MRP_TRACE(4, "Packet allocation failed for " << parameters);
-    Lumen::fastTrace().record("MrpSm: packet allocation failed", parameters.attributeType, parameters.attributeEvent);
+    Lumen::fastTrace().record("MrpSm: packet allocation failed", parameters.attributeType, parameters.attributeEvent,
+                              intfId.name().c_str());
     return false;
   }
   contextIs(contexts(secondPktContext), intfId, std::move(pkt));
