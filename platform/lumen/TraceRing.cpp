@@ -13,8 +13,8 @@ std::size_t TraceRing::size() const {
   return static_cast<std::size_t>(std::min<std::uint64_t>(recorded_, records_.size()));
 }
 
-void TraceRing::record(const char* event, std::int64_t arg0, std::int64_t arg1) {
-  records_[recorded_ % records_.size()] = {event, arg0, arg1};
+void TraceRing::record(const char* event, std::int64_t arg0, std::int64_t arg1, const char* subject) {
+  records_[recorded_ % records_.size()] = {event, arg0, arg1, subject};
   ++recorded_;
 }
 

@@ -16,6 +16,8 @@ class TraceRing {
     const char* event = nullptr;  // a string literal naming the site
     std::int64_t arg0 = 0;
     std::int64_t arg1 = 0;
+    // What the record is about, such as a port's name; null for nothing.
+    const char* subject = nullptr;
   };
 
   // Throws std::invalid_argument for a zero capacity.
@@ -29,7 +31,9 @@ class TraceRing {
   // Records made since construction or the last clear(), overwritten ones included.
   std::uint64_t recorded() const { return recorded_; }
 
-  void record(const char* event, std::int64_t arg0 = 0, std::int64_t arg1 = 0);
+  // `subject` is kept as a pointer: it must live as long as the ring, as a
+  // literal or an interned port name does.
+  void record(const char* event, std::int64_t arg0 = 0, std::int64_t arg1 = 0, const char* subject = nullptr);
   // The i-th held record, oldest first; i < size().
   const Record& at(std::size_t i) const;
   // The newest record; only when size() > 0.

@@ -8,13 +8,18 @@
 
 namespace Quarn {
 
-// A FIFO whose entries carry an unsigned 32-bit index. An enqueued entry gets
-// max(next index, index of the tail + 1); the next index then becomes that
-// index + 1. Entries can also be placed or removed by index.
-template <class T>
+// A FIFO whose entries carry an unsigned index, 32-bit unless told
+// otherwise. An enqueued entry gets max(next index, index of the tail + 1);
+// the next index then becomes that index + 1. Once that runs past the last
+// index, numbering starts again behind the tail, from 0 in an empty queue,
+// so a queue that keeps draining never runs out; only a queue whose tail
+// holds the last index is full. Entries can also be placed or removed by
+// index.
+template <class T, class IndexType = std::uint32_t>
 class LinkQueue {
  public:
-  using Index = std::uint32_t;
+  using Index = IndexType;
+  static_assert(std::numeric_limits<Index>::digits < 64, "the next index must fit beside the last one");
 
   bool empty() const { return entries_.empty(); }
   std::size_t size() const { return entries_.size(); }
@@ -22,9 +27,10 @@ class LinkQueue {
 
   // Appends `value`; returns its index.
   Index enq(const T& value) {
-    std::uint64_t index = nextIndex_;
-    if (!entries_.empty()) index = std::max<std::uint64_t>(index, std::uint64_t{entries_.rbegin()->first} + 1);
-    if (index > std::numeric_limits<Index>::max()) throw std::range_error("linkqueue index space full");
+    const std::uint64_t afterTail = entries_.empty() ? 0 : std::uint64_t{entries_.rbegin()->first} + 1;
+    std::uint64_t index = std::max(nextIndex_, afterTail);
+    if (index > kLastIndex) index = afterTail;
+    if (index > kLastIndex) throw std::range_error("linkqueue index space full");
     entries_.emplace_hint(entries_.end(), static_cast<Index>(index), value);
     nextIndex_ = index + 1;
     return static_cast<Index>(index);
@@ -55,6 +61,8 @@ class LinkQueue {
   auto end() const { return entries_.end(); }
 
  private:
+  static constexpr std::uint64_t kLastIndex = std::numeric_limits<Index>::max();
+
   std::map<Index, T> entries_;
   std::uint64_t nextIndex_ = 0;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_map>
+#include <memory>
 
 #include "MrpModel/MrpApplication.h"
 #include "MrpModel/MrpParameters.h"
@@ -10,7 +10,9 @@
 #include "MrpMsrp/MsrpTalkerAdvertiseAttribute.h"
 #include "MrpMsrp/MsrpTalkerFailedAttribute.h"
 #include "MrpMvrp/MvrpVlanAttribute.h"
+#include "MrpSm/MrpTransmitter.h"
 #include "MrpSm/MrpTxPacketContext.h"
+#include "MrpSm/MrpTxPorts.h"
 #include "quarn/LinkQueue.h"
 #include "quarn/Ptr.h"
 #include "quarn/Types.h"
@@ -27,7 +29,7 @@ class MrpSm;
 // its group address and EtherType, and hands it to the engine.
 class MrpLib : public Quarn::PtrInterface {
  public:
-  using TxPacketContextMap = std::unordered_map<Velo::IntfId, Quarn::Ptr<MrpTxPacketContext>>;
+  using TxPacketContextMap = MrpTransmitter::TxPacketContextMap;
 
   MrpLib() = default;
   MrpLib(const MrpLib&) = delete;
@@ -75,18 +77,31 @@ class MrpLib : public Quarn::PtrInterface {
   MsrpDomainAttribute& msrpDomainVectorTx() { return msrpDomainVectorTx_; }
   MvrpVlanAttribute& mvrpVlanVectorTx() { return mvrpVlanVectorTx_; }
 
-  // Each port's first and second transmit packet under construction.
-  const TxPacketContextMap& mrpTxPacketContexts() const { return mrpTxPacketContext_; }
-  Quarn::Ptr<MrpTxPacketContext> mrpTxPacketContext(const Velo::IntfId& intfId) const;
-  Quarn::Ptr<MrpTxPacketContext> mrpTxPacketContextIs(const Velo::IntfId& intfId, Quarn::Ptr<Velo::Pkt> pkt);
-  void mrpTxPacketContextDel(const Velo::IntfId& intfId) { mrpTxPacketContext_.erase(intfId); }
-  void mrpTxPacketContextDelAll() { mrpTxPacketContext_.clear(); }
+  // What turns the attribute events into MRPDUs: the ports' packets under
+  // construction, their assembly and sending, and the transmit cycle.
+  MrpTransmitter& transmitter() { return transmitter_; }
+  const MrpTransmitter& transmitter() const { return transmitter_; }
 
-  const TxPacketContextMap& mrpTxSecondPacketContexts() const { return mrpTxSecondPacketContext_; }
-  Quarn::Ptr<MrpTxPacketContext> mrpTxSecondPacketContext(const Velo::IntfId& intfId) const;
-  Quarn::Ptr<MrpTxPacketContext> mrpTxSecondPacketContextIs(const Velo::IntfId& intfId, Quarn::Ptr<Velo::Pkt> pkt);
-  void mrpTxSecondPacketContextDel(const Velo::IntfId& intfId) { mrpTxSecondPacketContext_.erase(intfId); }
-  void mrpTxSecondPacketContextDelAll() { mrpTxSecondPacketContext_.clear(); }
+  // Each port's first and second transmit packet under construction.
+  const TxPacketContextMap& mrpTxPacketContexts() const { return transmitter_.mrpTxPacketContexts(); }
+  Quarn::Ptr<MrpTxPacketContext> mrpTxPacketContext(const Velo::IntfId& intfId) const {
+    return transmitter_.mrpTxPacketContext(intfId);
+  }
+  Quarn::Ptr<MrpTxPacketContext> mrpTxPacketContextIs(const Velo::IntfId& intfId, Quarn::Ptr<Velo::Pkt> pkt) {
+    return transmitter_.mrpTxPacketContextIs(intfId, std::move(pkt));
+  }
+  void mrpTxPacketContextDel(const Velo::IntfId& intfId) { transmitter_.mrpTxPacketContextDel(intfId); }
+  void mrpTxPacketContextDelAll() { transmitter_.mrpTxPacketContextDelAll(); }
+
+  const TxPacketContextMap& mrpTxSecondPacketContexts() const { return transmitter_.mrpTxSecondPacketContexts(); }
+  Quarn::Ptr<MrpTxPacketContext> mrpTxSecondPacketContext(const Velo::IntfId& intfId) const {
+    return transmitter_.mrpTxSecondPacketContext(intfId);
+  }
+  Quarn::Ptr<MrpTxPacketContext> mrpTxSecondPacketContextIs(const Velo::IntfId& intfId, Quarn::Ptr<Velo::Pkt> pkt) {
+    return transmitter_.mrpTxSecondPacketContextIs(intfId, std::move(pkt));
+  }
+  void mrpTxSecondPacketContextDel(const Velo::IntfId& intfId) { transmitter_.mrpTxSecondPacketContextDel(intfId); }
+  void mrpTxSecondPacketContextDelAll() { transmitter_.mrpTxSecondPacketContextDelAll(); }
 
   // Ports that the next mrpSendAttribute acts on.
   const Quarn::LinkQueue<Velo::IntfId>& mrpOutIntfQueue() const { return mrpOutIntfQueue_; }
@@ -96,8 +111,8 @@ class MrpLib : public Quarn::PtrInterface {
   void mrpOutIntfQueueDel(std::uint32_t index) { mrpOutIntfQueue_.del(index); }
   void mrpOutIntfQueueDelAll() { mrpOutIntfQueue_.delAll(); }
 
-  const Velo::IntfId& mrpCurrentTxIntf() const { return mrpCurrentTxIntf_; }
-  void mrpCurrentTxIntfIs(const Velo::IntfId& intfId) { mrpCurrentTxIntf_ = intfId; }
+  const Velo::IntfId& mrpCurrentTxIntf() const { return transmitter_.mrpCurrentTxIntf(); }
+  void mrpCurrentTxIntfIs(const Velo::IntfId& intfId) { transmitter_.mrpCurrentTxIntfIs(intfId); }
 
   // ==== Attribute values: increments and value derivation (MrpLibValues.cpp) ====
   // Advance the receive slot of a type to the next value of its vector.
@@ -134,12 +149,7 @@ class MrpLib : public Quarn::PtrInterface {
   std::uint16_t mrpEncodeVlanVector(MrpTxPacketContext& ctx, const MvrpVlanAttribute& value, std::uint8_t event);
   // ==== end of vector encoder ====
 
-  // ==== Requests and transmit assembly (MrpLibSend.cpp) ====
-  // A transmit packet holds at most this many octets of messages; it is sent
-  // once what it holds plus kTxHeadroom reaches this or the port's MTU.
-  static constexpr std::uint16_t kTxPktBytes = 1500;
-  static constexpr std::uint16_t kTxHeadroom = 64;
-
+  // ==== Requests (MrpLibSend.cpp) ====
   // The agent's request for the attribute in the transmit fields, once per
   // port in mrpOutIntfQueue, which it drains. New (0), JoinIn (1) and
   // JoinMt (3) declare, Lv (5) withdraws and 7 drops the attribute without
@@ -148,28 +158,42 @@ class MrpLib : public Quarn::PtrInterface {
   // port's LeaveAll timer of the type the engine's context held before the
   // call is restarted. The engine's current attribute is restored after.
   void mrpSendAttribute(const MrpParameters& parameters);
-  // One attribute event (0..5, or 6 for LeaveAll) of the attribute in the
-  // transmit fields into the port's first or second packet, which is sent
-  // first when it holds a later attribute type, and after when it is full.
-  void mrpSendAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext);
-  void mrpSendMsrpAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext);
-  void mrpSendMvrpAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext);
-  // The senders of the attribute types: extend the packet's last vector when
-  // the value follows it, else start a vector, or a message when the type
-  // changes or the event is a LeaveAll. The port's context must exist.
-  void mrpSendTalkerAdvertise(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
-  void mrpSendTalkerFailed(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
-  void mrpSendListenerVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
-  void mrpSendDomainVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
-  void mrpSendVlanVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext);
-  // Puts a LeaveAll of `attributeType` into the port's first transmit packet.
-  void mrpSendLeaveAll(std::uint8_t attributeType, const Velo::IntfId& intfId);
 
   // Drop the engine's current attribute without sending anything: always,
   // or only when both its machines rest (applicant VO, registrar MT).
   void mrpHandleInternalLeave();
   void mrpDeleteAttrOnDefaultStates();
-  // ==== end of requests and transmit assembly ====
+  // ==== end of requests ====
+
+  // ==== Transmit assembly, done by the transmitter ====
+  void mrpSendAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendAttributeIntf(parameters, intfId, secondPktContext);
+  }
+  void mrpSendMsrpAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendMsrpAttributeIntf(parameters, intfId, secondPktContext);
+  }
+  void mrpSendMvrpAttributeIntf(const MrpParameters& parameters, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendMvrpAttributeIntf(parameters, intfId, secondPktContext);
+  }
+  void mrpSendTalkerAdvertise(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendTalkerAdvertise(attributeEvent, intfId, secondPktContext);
+  }
+  void mrpSendTalkerFailed(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendTalkerFailed(attributeEvent, intfId, secondPktContext);
+  }
+  void mrpSendListenerVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendListenerVector(attributeEvent, intfId, secondPktContext);
+  }
+  void mrpSendDomainVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendDomainVector(attributeEvent, intfId, secondPktContext);
+  }
+  void mrpSendVlanVector(std::uint8_t attributeEvent, const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter_.mrpSendVlanVector(attributeEvent, intfId, secondPktContext);
+  }
+  void mrpSendLeaveAll(std::uint8_t attributeType, const Velo::IntfId& intfId) {
+    transmitter_.mrpSendLeaveAll(attributeType, intfId);
+  }
+  // ==== end of transmit assembly ====
 
   // ==== Ports (MrpLibPorts.cpp) ====
   // Opens the port for the application: declares it desired in the engine's
@@ -192,17 +216,15 @@ class MrpLib : public Quarn::PtrInterface {
   Quarn::String baseSpanningTreeTopo(const Velo::IntfId& intfId) const;
   // ==== end of ports ====
 
-  // The engine, attached once by the engine itself; not owned.
+  // The engine, attached once by the engine itself; not owned. Its ports
+  // become the transmitter's; detaching it also stops the transmit cycle.
   MrpSm* mrpSm() const { return mrpSm_; }
-  void mrpSmIs(MrpSm* mrpSm) { mrpSm_ = mrpSm; }
+  void mrpSmIs(MrpSm* mrpSm);
 
  protected:
   ~MrpLib() override = default;
 
  private:
-  static Quarn::Ptr<MrpTxPacketContext> contextIs(TxPacketContextMap& map, const Velo::IntfId& intfId,
-                                                   Quarn::Ptr<Velo::Pkt> pkt);
-
   MrpApplication application_{};
   Velo::EthAddr applicationMacAddr_;
   std::uint16_t applicationEtype_ = 0;
@@ -216,11 +238,10 @@ class MrpLib : public Quarn::PtrInterface {
   MsrpListenerAttribute msrpListenerVectorTx_;
   MsrpDomainAttribute msrpDomainVectorTx_;
   MvrpVlanAttribute mvrpVlanVectorTx_;
-  TxPacketContextMap mrpTxPacketContext_;
-  TxPacketContextMap mrpTxSecondPacketContext_;
   Quarn::LinkQueue<Velo::IntfId> mrpOutIntfQueue_;
-  Velo::IntfId mrpCurrentTxIntf_;
   MrpSm* mrpSm_ = nullptr;
+  std::unique_ptr<MrpTxPorts> enginePorts_;
+  MrpTransmitter transmitter_{*this};
 };
 
 // A new service object with every field zero or empty.

@@ -41,9 +41,9 @@ MrpRegistrarSm::MrpRegistrarSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig,
     : mrpSm_(mrpSm),
       mrpConfig_(std::move(mrpConfig)),
       timerWheel_(std::move(timerWheel)),
-      configReactor_(this),
-      txTimer_(timerWheel_.ptr(), this) {
+      configReactor_(this) {
   configReactor_.notifierIs(mrpConfig_.ptr());
+  mrpSm_->transmitter().txTimerWheelIs(timerWheel_.ptr());
   handleInitialized();
 }
 
@@ -53,10 +53,9 @@ void MrpRegistrarSm::handleInitialized() {
   handleTxTimer();
 }
 
-void MrpRegistrarSm::handleTxTimer() {
-  mrpSm_->mrpTransmitTxAttributes();
-  txTimer_.timeIs(timerWheel_->clock()->now() + kTxInterval);
-}
+void MrpRegistrarSm::handleTxTimer() { mrpSm_->transmitter().handleTxTimer(); }
+
+Quarn::Seconds MrpRegistrarSm::txTimerTime() const { return mrpSm_->transmitter().txTimerTime(); }
 
 // The timers run whatever the switch says; the change is only traced.
 void MrpRegistrarSm::handleCfgTimersEnabled() { MRP_TRACE(8, "void Mrp::MrpRegistrarSm::handleCfgTimersEnabled()"); }

@@ -28,11 +28,10 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
  public:
   using LeaveSmMap = std::map<MrpAttribute, Quarn::Ptr<MrpLeaveSm>>;
 
-  static constexpr Quarn::Seconds kTxInterval = 0.1;
   // A txLA! uses txLeaveAllExpiryTime for its leave time unless it is this value.
   static constexpr Quarn::Seconds kDefaultTxLeaveAllExpiryTime = 0.6;
 
-  // Starts the transmit cycle.
+  // Starts the transmit cycle, which the engine's transmitter runs.
   MrpRegistrarSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig, Quarn::Ptr<Brisk::TimerWheel> timerWheel);
   MrpRegistrarSm(const MrpRegistrarSm&) = delete;
   MrpRegistrarSm& operator=(const MrpRegistrarSm&) = delete;
@@ -44,7 +43,7 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void handleInitialized();
   // Sends what the ports' packets hold and re-arms for now + 0.1 s.
   void handleTxTimer();
-  Quarn::Seconds txTimerTime() const { return txTimer_.time(); }
+  Quarn::Seconds txTimerTime() const;
   void handleCfgTimersEnabled();
 
   // The event the next handleRegistrarEvent() applies; not cleared after use.
@@ -82,15 +81,6 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   ~MrpRegistrarSm() override = default;
 
  private:
-  class TxTimerReactor : public Brisk::TimerWheel::Notifiee {
-   public:
-    TxTimerReactor(Brisk::TimerWheel* wheel, MrpRegistrarSm* owner) : Notifiee(wheel), owner_(owner) {}
-    void onTime() override { owner_->handleTxTimer(); }
-
-   private:
-    MrpRegistrarSm* owner_;
-  };
-
   class ConfigReactor : public MrpConfig::Notifiee {
    public:
     explicit ConfigReactor(MrpRegistrarSm* owner) : owner_(owner) {}
@@ -132,7 +122,6 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   LeaveSmMap leaveSm_;
   LeaveSmMap explicitLeaveSm_;
   ConfigReactor configReactor_;
-  TxTimerReactor txTimer_;
 };
 
 }  // namespace Mrp

@@ -370,15 +370,13 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   void fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets);
   // ==== end of received-event dispatch ====
 
-  // ==== Transmit (MrpSmTransmit.cpp) ====
-  // Closes the port's first (or second) packet and sends it on the port;
-  // the next attribute starts a fresh one. While flooding, the packet is
-  // dropped instead; without the port's socket it is kept.
-  void mrpTransmitTxPacket(const Velo::IntfId& intfId, bool secondPktContext);
-  // The first packet of the port, then its second.
-  void mrpTransmitTxAttributes(const Velo::IntfId& intfId);
-  // Every port with a first packet open.
-  void mrpTransmitTxAttributes();
+  // ==== Transmit, done by the service object's transmitter ====
+  MrpTransmitter& transmitter() const { return mrpLib_->transmitter(); }
+  void mrpTransmitTxPacket(const Velo::IntfId& intfId, bool secondPktContext) {
+    transmitter().mrpTransmitTxPacket(intfId, secondPktContext);
+  }
+  void mrpTransmitTxAttributes(const Velo::IntfId& intfId) { transmitter().mrpTransmitTxAttributes(intfId); }
+  void mrpTransmitTxAttributes() { transmitter().mrpTransmitTxAttributes(); }
   // ==== end of transmit ====
 
   // The port's leave timer period: its own intfLeaveTime when set and not 0,

@@ -249,9 +249,9 @@ class EngineInvariants {
         if (!(context->intfId() == intfId)) report("packet filed under another port", port);
         if (!context->curMessage()) report("packet under construction without a message", port);
         if (!sm_.pamCollection()->intfPam(intfId)) report("packet under construction for a port without a socket", port);
-        const std::size_t size =
-            Mrp::mrpGetNumOfPackedBytes(*context, static_cast<std::uint8_t>(lib.application())) + Mrp::MrpLib::kTxHeadroom;
-        if (size >= Mrp::MrpLib::kTxPktBytes) report("packet under construction past its size limit", port);
+        const std::size_t size = Mrp::mrpGetNumOfPackedBytes(*context, static_cast<std::uint8_t>(lib.application())) +
+                                 Mrp::MrpTransmitter::kTxHeadroom;
+        if (size >= Mrp::MrpTransmitter::kTxPktBytes) report("packet under construction past its size limit", port);
       }
     }
   }

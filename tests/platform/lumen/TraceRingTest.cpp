@@ -33,6 +33,14 @@ TEST(TraceRingTest, KeepsRecordsOldestFirstWithTheirFields) {
   EXPECT_EQ(ring.last().arg1, 0);
 }
 
+TEST(TraceRingTest, ARecordNamesItsSubjectWhenGivenOne) {
+  TraceRing ring(2);
+  ring.record("a", 1, 2, "Ethernet1");
+  ring.record("b");
+  EXPECT_STREQ(ring.at(0).subject, "Ethernet1");
+  EXPECT_EQ(ring.last().subject, nullptr);
+}
+
 TEST(TraceRingTest, NewestRecordsReplaceOldestWhenFull) {
   TraceRing ring(3);
   for (std::int64_t i = 1; i <= 7; ++i) ring.record("e", i);

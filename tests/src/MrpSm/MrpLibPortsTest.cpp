@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <vector>
+
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/Trace.h"
 #include "support/PamEngineFixture.h"
+#include "velo/EthHdr.h"
 
 namespace MrpTest {
 namespace {
@@ -11,6 +15,23 @@ namespace {
 using Mrp::MrpApplication;
 
 const Velo::IntfId kEth1("Ethernet1");
+constexpr std::uint8_t kJoinIn = 1;
+
+// A frame without its Ethernet header.
+Bytes mrpduOf(const Bytes& frame) { return Bytes(frame.begin() + Velo::EthHdr::kSize, frame.end()); }
+
+// The MVRP MRPDU that declares one VLAN with JoinIn.
+Bytes vlanJoinInMrpdu(std::uint8_t vlan) {
+  return {
+      0x00,        // ProtocolVersion
+      0x01, 0x02,  // VLAN identifier, length 2
+      0x00, 0x01,  // VectorHeader: 1 value
+      0x00, vlan,  // FirstValue
+      0x24,        // JoinIn
+      0x00, 0x00,  // EndMark of the list
+      0x00, 0x00,  // EndMark of the MRPDU
+  };
+}
 
 class MrpLibPortsTest : public PamEngineFixture {};
 
@@ -33,11 +54,13 @@ TEST_F(MrpLibPortsTest, AStandbyEngineOpensSocketsToo) {
   EXPECT_TRUE(engine->pamCollection()->intfPam(kEth1));
 }
 
-TEST_F(MrpLibPortsTest, DisablingAPortDropsItsTransmitPacketsAndWithdrawsIt) {
+TEST_F(MrpLibPortsTest, DisablingAPortSendsWhatItsTransmitPacketsHoldThenDropsThemAndWithdrawsIt) {
   auto engine = engineNew(MrpApplication::mvrp, false);
-  portUp(*engine, "Ethernet1");
-  mrpLib->mrpTxPacketContextIs(kEth1, Velo::Pkt::pktNew(1500));
-  mrpLib->mrpTxSecondPacketContextIs(kEth1, Velo::Pkt::pktNew(1500));
+  const Quarn::Ptr<Velo::MemPam> wire = portUp(*engine, "Ethernet1");
+  mrpLib->mvrpVlanVectorTx() = Mrp::MvrpVlanAttribute(20);
+  mrpLib->mrpSendAttributeIntf({kEth1, 1, kJoinIn}, kEth1, true);
+  mrpLib->mvrpVlanVectorTx() = Mrp::MvrpVlanAttribute(10);
+  mrpLib->mrpSendAttributeIntf({kEth1, 1, kJoinIn}, kEth1, false);
   Quarn::CaptureTraceSink traces;
   Quarn::traceLevelsIs("MrpSm/8");
   mrpLib->mrpInterfaceDisable(kEth1);
@@ -47,6 +70,11 @@ TEST_F(MrpLibPortsTest, DisablingAPortDropsItsTransmitPacketsAndWithdrawsIt) {
   EXPECT_FALSE(mrpLib->mrpTxSecondPacketContext(kEth1));
   EXPECT_EQ(engine->desiredIntfDir()->intfDesiredCount(), 0u) << "the entry is removed";
   EXPECT_EQ(engine->pamCollection()->intfPam(kEth1), nullptr);
+  deliver();
+  const std::vector<Bytes> frames = received(*wire);
+  ASSERT_EQ(frames.size(), 2u) << "each packet once, and nothing else";
+  EXPECT_EQ(mrpduOf(frames[0]), vlanJoinInMrpdu(10)) << "the first packet";
+  EXPECT_EQ(mrpduOf(frames[1]), vlanJoinInMrpdu(20)) << "then the second";
 }
 
 TEST_F(MrpLibPortsTest, APortThatCannotBeOpenedStaysDesiredWithTheReason) {

@@ -126,5 +126,17 @@ TEST(MrpLibTest, OutputQueueRefusesWhenTheIndexSpaceIsFull) {
   EXPECT_EQ(lib->mrpOutIntfQueue().size(), 1u);
 }
 
+// A process that runs for years hands out more than 2^32 indices.
+TEST(MrpLibTest, OutputQueueNumbersAgainFromZeroOnceItsIndicesAreUsedUp) {
+  Quarn::Ptr<MrpLib> lib = Mrp::mrpLibFactory();
+  const Velo::IntfId a("Ethernet1"), b("Ethernet2");
+  lib->mrpOutIntfQueueIs(std::numeric_limits<std::uint32_t>::max() - 1, a);
+  EXPECT_EQ(lib->mrpOutIntfQueueEnq(b), std::numeric_limits<std::uint32_t>::max());
+  lib->mrpOutIntfQueueDeq();
+  lib->mrpOutIntfQueueDeq();
+  EXPECT_EQ(lib->mrpOutIntfQueueEnq(a), 0u);
+  EXPECT_EQ(lib->mrpOutIntfQueueDeq(), a);
+}
+
 }  // namespace
 }  // namespace MrpTest

@@ -109,6 +109,14 @@ TEST_F(MrpTransmitFailureTest, RefusedPacketIsTracedAndFastTracedAndMakesNoConte
   EXPECT_TRUE(flush().empty());
 }
 
+TEST_F(MrpTransmitFailureTest, RefusedPacketFastTraceNamesThePort) {
+  const RefusedPackets refusing;
+  sendIntf(lib, "p1", talkerAdvertise(0x10, 0x00), kJoinIn);
+  ASSERT_EQ(Lumen::fastTrace().size(), 1u);
+  ASSERT_NE(Lumen::fastTrace().last().subject, nullptr);
+  EXPECT_STREQ(Lumen::fastTrace().last().subject, "p1");
+}
+
 TEST_F(MrpTransmitFailureTest, OpenPacketTakesMoreAttributesWhileBuffersAreRefused) {
   sendIntf(lib, "p1", talkerAdvertise(0x10, 0x00), kJoinIn);
   {
