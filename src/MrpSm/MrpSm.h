@@ -28,6 +28,7 @@
 #include "MrpSm/MrpParsedAttributeTable.h"
 #include "MrpSm/MrpParsedRuns.h"
 #include "MrpSm/MrpRegistrarSm.h"
+#include "MrpSm/MrpSmRecords.h"
 #include "MrpSm/MrpStpStatusReactor.h"
 #include "MrpSm/MrpStpiStatusReactor.h"
 #include "bridging/Config.h"
@@ -575,5 +576,6 @@ Quarn::Ptr<MrpSm> mrpSmFactory(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr
                                Quarn::Ptr<Bridging::Topology::Config> brTopoConfig,
                                Quarn::Ptr<Interface::AllEthPhyIntfStatusDir> ethPhyIntfStatusDir,
                                Quarn::Ptr<Hive::EntityManager> entityManager, bool standbyMode);
+Quarn::Ptr<MrpSm> mrpSmFactory(const MrpSmRecords& records, bool standbyMode);
 
 }  // namespace Mrp
