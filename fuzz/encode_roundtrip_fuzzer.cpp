@@ -31,7 +31,7 @@
 #include <vector>
 
 #include "../tests/support/FrameBuilder.h"
-#include "../tests/support/StandaloneEngine.h"
+#include "../tests/support/EngineBuilder.h"
 #include "MrpModel/MrpParsedAttributeKey.h"
 #include "MrpModel/MrpValueBytes.h"
 #include "quarn/Log.h"
@@ -424,8 +424,8 @@ Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   Quarn::logSinkIs(&discardLogSink);
-  msrpEngine = MrpTest::standaloneEngineNew(MrpApplication::msrp);
-  mvrpEngine = MrpTest::standaloneEngineNew(MrpApplication::mvrp);
+  msrpEngine = MrpTest::EngineBuilder(MrpApplication::msrp).build();
+  mvrpEngine = MrpTest::EngineBuilder(MrpApplication::mvrp).build();
   return 0;
 }
 
