@@ -12,6 +12,7 @@
 #include "Scenario.h"
 #include "Timeline.h"
 #include "quarn/Clock.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
 #include "velo/MemPam.h"
 
@@ -93,6 +94,7 @@ class Simulation : public MrpAgent::Bridge::Observer {
     ProcessSettings& operator=(const ProcessSettings&) = delete;
 
    private:
+    Quarn::System::ClockScope clockScope_;
     Quarn::DiscardLogSink logSink_;
     std::optional<std::string> randomizationBefore_;
   };
