@@ -10,8 +10,8 @@
 
 #include "HeapBytes.h"
 #include "MrpSm/MrpSm.h"
-#include "quarn/NboAttrLog.h"
 #include "quarn/ClockScope.h"
+#include "quarn/NboAttrLog.h"
 #include "support/EngineBuilder.h"
 
 namespace {

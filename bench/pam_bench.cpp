@@ -11,8 +11,8 @@
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
-#include "support/MrpduFrames.h"
 #include "support/EngineBuilder.h"
+#include "support/MrpduFrames.h"
 #include "support/SimHost.h"
 #include "velo/MemPam.h"
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "ParseLoop.h"
-#include "support/MrpduFrames.h"
 #include "support/EngineBuilder.h"
+#include "support/MrpduFrames.h"
 
 namespace {
 

@@ -17,8 +17,8 @@
 #include "ParseLoop.h"
 #include "UnpackLoop.h"
 #include "WiredEngine.h"
-#include "support/MrpduFrames.h"
 #include "support/EngineBuilder.h"
+#include "support/MrpduFrames.h"
 
 namespace {
 

@@ -25,8 +25,8 @@
 
 #include "Bridge.h"
 #include "quarn/Clock.h"
-#include "quarn/Log.h"
 #include "quarn/ClockScope.h"
+#include "quarn/Log.h"
 #include "velo/MemPam.h"
 #include "velo/PamFactory.h"
 

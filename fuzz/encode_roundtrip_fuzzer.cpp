@@ -30,8 +30,8 @@
 #include <optional>
 #include <vector>
 
-#include "../tests/support/FrameBuilder.h"
 #include "../tests/support/EngineBuilder.h"
+#include "../tests/support/FrameBuilder.h"
 #include "MrpModel/MrpParsedAttributeKey.h"
 #include "MrpModel/MrpValueBytes.h"
 #include "quarn/Log.h"

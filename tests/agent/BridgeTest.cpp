@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "Decoder.h"
-#include "quarn/Log.h"
 #include "quarn/ClockScope.h"
+#include "quarn/Log.h"
 #include "support/PamEngineFixture.h"
 #include "velo/MemPam.h"
 

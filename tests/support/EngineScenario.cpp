@@ -6,8 +6,8 @@
 #include <iomanip>
 #include <sstream>
 
-#include "support/MrpSmPamPeer.h"
 #include "support/EngineBuilder.h"
+#include "support/MrpSmPamPeer.h"
 #include "support/Tshark.h"
 #include "velo/EthHdr.h"
 #include "velo/PamFactory.h"

@@ -11,10 +11,10 @@
 
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
 #include "support/EngineFixture.h"
 #include "support/PamEngineFixture.h"
-#include "quarn/ClockScope.h"
 #include "velo/MemPam.h"
 #include "velo/PamFactoryScope.h"
 
