@@ -9,6 +9,7 @@
 #include "MrpMsrp/MsrpAttrType.h"
 #include "quarn/System.h"
 #include "stp/Status.h"
+#include "velo/PamFactoryScope.h"
 
 namespace MrpAgent {
 
@@ -47,8 +48,7 @@ class Bridge::Engine {
  public:
   Engine(Bridge& bridge, Mrp::MrpApplication application) : lib_(new BridgeMrpLib(&bridge)) {
     lib_->applicationWithDefaultFramingIs(application);
-    sm_ = Mrp::mrpSmFactory(bridge.brConfig_, lib_, bridge.mrpConfig_, bridge.mrpStatus_, bridge.stpStatus_,
-                            bridge.brTopoConfig_, bridge.ethPhyIntfStatusDir_, bridge.entityManager_, false);
+    sm_ = Mrp::mrpSmFactory(bridge.records_.withMrpLib(lib_), false);
   }
 
   Mrp::MrpSm& sm() const { return *sm_; }
@@ -84,31 +84,26 @@ Bridge::Bridge(std::string name, const std::vector<Mrp::MrpApplication>& applica
                Quarn::Ptr<Velo::PamFactory> pamFactory)
     : name_(std::move(name)),
       config_(std::move(config)),
-      mrpConfig_(new Mrp::MrpConfig),
-      mrpStatus_(new Mrp::MrpStatus),
-      stpStatus_(new Stp::Status),
-      brConfig_(new Bridging::Config),
-      brTopoConfig_(new Bridging::Topology::Config),
-      ethPhyIntfStatusDir_(new Interface::AllEthPhyIntfStatusDir),
-      entityManager_(new Hive::EntityManager(name_)),
+      records_(Mrp::mrpSmRecordsNew(nullptr, name_)),
       bridgeId_(config_.bridgeId.value_or(bridgeIdOfName(name_))),
       propagation_(&Quarn::System::clock(), this) {
-  mrpConfig_->leaveTimeIs(config_.leaveTime);
-  mrpConfig_->leaveAllTimeIs(config_.leaveAllTime);
-  for (const auto& [port, seconds] : config_.portLeaveTime) mrpConfig_->intfLeaveTimeIs(Velo::IntfId(port), seconds);
+  Mrp::MrpConfig& mrpConfig = *records_.mrpConfig;
+  mrpConfig.leaveTimeIs(config_.leaveTime);
+  mrpConfig.leaveAllTimeIs(config_.leaveAllTime);
+  for (const auto& [port, seconds] : config_.portLeaveTime) mrpConfig.intfLeaveTimeIs(Velo::IntfId(port), seconds);
   for (const auto& [port, seconds] : config_.portLeaveAllTime) {
-    mrpConfig_->intfLeaveAllTimeIs(Velo::IntfId(port), seconds);
+    mrpConfig.intfLeaveAllTimeIs(Velo::IntfId(port), seconds);
   }
-  mrpConfig_->mrpFloodingIs(config_.flooding);
-  stpStatus_->modeIs(Stp::kModeRstp);
-  msti_ = stpStatus_->stpiStatusIs(kStpiName)->mstiStatusIs(kMstiName);
-  // An engine's packet access keeps the process factory of its creation.
-  const Quarn::Ptr<Velo::PamFactory> processFactory = Velo::pamFactory();
-  if (pamFactory) Velo::pamFactoryIs(pamFactory);
-  for (Mrp::MrpApplication application : applications) {
-    if (!engines_.count(application)) engines_.emplace(application, std::make_unique<Engine>(*this, application));
+  mrpConfig.mrpFloodingIs(config_.flooding);
+  records_.stpStatus->modeIs(Stp::kModeRstp);
+  msti_ = records_.stpStatus->stpiStatusIs(kStpiName)->mstiStatusIs(kMstiName);
+  {
+    // An engine's packet access keeps the process factory of its creation.
+    const Velo::PamFactoryScope factoryScope(pamFactory ? pamFactory : Velo::pamFactory());
+    for (Mrp::MrpApplication application : applications) {
+      if (!engines_.count(application)) engines_.emplace(application, std::make_unique<Engine>(*this, application));
+    }
   }
-  Velo::pamFactoryIs(processFactory);
   if (engines_.count(Mrp::MrpApplication::msrp)) {
     for (const Mrp::MsrpDomainAttribute& domain : config_.msrpDomains) declare(AttributeValue(domain), std::nullopt);
   }

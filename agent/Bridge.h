@@ -15,6 +15,7 @@
 #include "MrpModel/MrpApplicantState.h"
 #include "MrpModel/MrpRegistrarState.h"
 #include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpSmRecords.h"
 #include "PortReservations.h"
 #include "ReservationChange.h"
 #include "StreamTable.h"
@@ -228,14 +229,9 @@ class Bridge : public BridgeMrpLib::Owner {
 
   std::string name_;
   BridgeConfig config_;
-  Quarn::Ptr<Mrp::MrpConfig> mrpConfig_;
-  Quarn::Ptr<Mrp::MrpStatus> mrpStatus_;
-  Quarn::Ptr<Stp::Status> stpStatus_;
+  // Shared by the bridge's engines, each with its own service object.
+  Mrp::MrpSmRecords records_;
   Quarn::Ptr<Stp::MstiStatus> msti_;
-  Quarn::Ptr<Bridging::Config> brConfig_;
-  Quarn::Ptr<Bridging::Topology::Config> brTopoConfig_;
-  Quarn::Ptr<Interface::AllEthPhyIntfStatusDir> ethPhyIntfStatusDir_;
-  Quarn::Ptr<Hive::EntityManager> entityManager_;
   std::map<Mrp::MrpApplication, std::unique_ptr<Engine>> engines_;
   std::vector<std::string> ports_;
   std::uint64_t bridgeId_;

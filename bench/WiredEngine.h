@@ -13,11 +13,10 @@
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
 #include "quarn/Log.h"
-#include "quarn/System.h"
-#include "support/StandaloneEngine.h"
+#include "support/EngineBuilder.h"
+#include "support/SimHost.h"
 #include "velo/EthHdr.h"
 #include "velo/MemPam.h"
-#include "velo/PamFactory.h"
 #include "velo/Pkt.h"
 
 namespace MrpBench {
@@ -29,25 +28,18 @@ namespace MrpBench {
 class WiredEngine {
  public:
   WiredEngine(Mrp::MrpApplication application, Quarn::Ptr<Mrp::MrpLib> mrpLib, int ports) {
-    Quarn::System::clockIs(clock_);
     Quarn::logSinkIs(&logSink_);
-    Velo::pamFactoryIs(factory_);
     for (int p = 0; p < ports; ++p) {
       const Velo::IntfId intfId("Ethernet" + std::to_string(p + 1));
-      Quarn::Ptr<Velo::MemWire> wire =
-          new Velo::MemWire(intfId, Velo::EthAddr(2, 0, 0, 0, 1, static_cast<std::uint8_t>(p)),
-                            Velo::IntfId("far" + std::to_string(p + 1)), kFarAddr, clock_);
-      factory_->pamIs(wire->a());
       ports_.push_back(intfId);
-      farEnds_.push_back(wire->b());
+      farEnds_.push_back(host_.wireNew(intfId, Velo::EthAddr(2, 0, 0, 0, 1, static_cast<std::uint8_t>(p)),
+                                       Velo::IntfId("far" + std::to_string(p + 1)), kFarAddr));
     }
-    engine_ = MrpTest::standaloneEngineNew(application, mrpLib);
+    engine_ = MrpTest::EngineBuilder(application).mrpLib(mrpLib).build();
     for (const Velo::IntfId& intfId : ports_) engine_->mrpLib()->mrpInterfaceEnable(intfId);
   }
   ~WiredEngine() {
     engine_ = nullptr;
-    Velo::pamFactoryIs(nullptr);
-    Quarn::System::clockIs(nullptr);
     Quarn::logSinkIs(nullptr);
   }
   WiredEngine(const WiredEngine&) = delete;
@@ -56,7 +48,7 @@ class WiredEngine {
   Mrp::MrpSm& engine() const { return *engine_; }
   Mrp::MrpLib& lib() const { return *engine_->mrpLib(); }
   const Velo::IntfId& port(int p) const { return ports_[static_cast<std::size_t>(p)]; }
-  Quarn::SimClock& clock() const { return *clock_; }
+  Quarn::SimClock& clock() const { return host_.clock(); }
 
   // `mrpdu` (from its ProtocolVersion octet on) as a frame from a far end:
   // the application's group address and EtherType.
@@ -71,7 +63,7 @@ class WiredEngine {
   // Sends `frame` from the far end of port `p` and lets the engine handle it.
   void receive(int p, const Velo::Pkt& frame) {
     farEnds_[static_cast<std::size_t>(p)]->txPkt(frame);
-    clock_->advance(0);
+    host_.clock().advance(0);
   }
 
   // Takes what the engine sent from every far end; returns how many frames.
@@ -88,8 +80,7 @@ class WiredEngine {
 
   // The engine formats its log lines; where an agent sends them is not its cost.
   Quarn::DiscardLogSink logSink_;
-  Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
-  Quarn::Ptr<Velo::MemPamFactory> factory_ = new Velo::MemPamFactory;
+  MrpTest::SimHost host_;
   std::vector<Velo::IntfId> ports_;
   std::vector<Quarn::Ptr<Velo::MemPam>> farEnds_;
   Quarn::Ptr<Mrp::MrpSm> engine_;

@@ -10,8 +10,9 @@
 
 #include "HeapBytes.h"
 #include "MrpSm/MrpSm.h"
+#include "quarn/ClockScope.h"
 #include "quarn/NboAttrLog.h"
-#include "quarn/System.h"
+#include "support/EngineBuilder.h"
 
 namespace {
 
@@ -24,21 +25,13 @@ constexpr std::uint8_t kTalkerAdvertise = 1;
 // output (so reviews are never held back), and the registrations to work on.
 class Bench {
  public:
-  Bench() : clock_(new Quarn::SimClock), mrpLib_(Mrp::mrpLibFactory()), mrpStatus_(new Mrp::MrpStatus) {
-    Quarn::System::clockIs(clock_);
+  Bench() {
     Quarn::NboAttrLog::outputDelAll();
-    mrpLib_->applicationIs(Mrp::MrpApplication::msrp);
-    engine_ = Mrp::mrpSmFactory(new Bridging::Config, mrpLib_, new Mrp::MrpConfig, mrpStatus_, new Stp::Status,
-                                new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
-                                new Hive::EntityManager("bench"), false);
+    engine_ = MrpTest::EngineBuilder(Mrp::MrpApplication::msrp).mrpLib(mrpLib_).build();
     for (int p = 0; p < kPorts; ++p) {
       const Velo::IntfId intfId("Ethernet" + std::to_string(p + 1));
       for (std::uint64_t s = 0; s < kStreamsPerPort; ++s) attributes_.push_back({intfId, kTalkerAdvertise, s});
     }
-  }
-  ~Bench() {
-    engine_ = nullptr;
-    Quarn::System::clockIs(nullptr);
   }
 
   Mrp::MrpSm& engine() { return *engine_; }
@@ -68,9 +61,9 @@ class Bench {
   void review() { clock_->advance(0.1); }
 
  private:
-  Quarn::Ptr<Quarn::SimClock> clock_;
-  Quarn::Ptr<Mrp::MrpLib> mrpLib_;
-  Quarn::Ptr<Mrp::MrpStatus> mrpStatus_;
+  Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
+  Quarn::System::ClockScope clockScope_{clock_};
+  Quarn::Ptr<Mrp::MrpLib> mrpLib_ = Mrp::mrpLibFactory();
   Quarn::Ptr<Mrp::MrpSm> engine_;
   std::vector<Mrp::MrpAttribute> attributes_;
 };

@@ -16,14 +16,13 @@
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
-#include "quarn/System.h"
 #include "UnpackLoop.h"
+#include "support/EngineBuilder.h"
 #include "support/FrameBuilder.h"
 #include "support/MrpduFrames.h"
-#include "support/StandaloneEngine.h"
+#include "support/SimHost.h"
 #include "velo/EthHdr.h"
 #include "velo/MemPam.h"
-#include "velo/PamFactory.h"
 
 namespace {
 
@@ -46,14 +45,9 @@ std::uint16_t vlansOf(const benchmark::State& state) { return static_cast<std::u
 // `vlans` from the peer at the far end of an in-memory wire.
 class LeaveAllBench {
  public:
-  explicit LeaveAllBench(std::uint16_t vlans) {
-    Quarn::System::clockIs(clock_);
-    Velo::pamFactoryIs(factory_);
-    Quarn::Ptr<Velo::MemWire> wire =
-        new Velo::MemWire(kPort, Velo::EthAddr(2, 0, 0, 0, 0, 2), Velo::IntfId("peer"), kPeerMac, clock_);
-    factory_->pamIs(wire->a());
-    peer_ = wire->b();
-    engine_ = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  explicit LeaveAllBench(std::uint16_t vlans)
+      : peer_(host_.wireNew(kPort, Velo::EthAddr(2, 0, 0, 0, 0, 2), Velo::IntfId("peer"), kPeerMac)),
+        engine_(MrpTest::EngineBuilder(Mrp::MrpApplication::mvrp).build()) {
     engine_->mrpLib()->mrpInterfaceEnable(kPort);
 
     Mrp::MrpLib& lib = *engine_->mrpLib();
@@ -63,19 +57,13 @@ class LeaveAllBench {
     leaveAll_ = frameOf(lib, leaveAll.mrpdu());
 
     receive(*allVlansJoinIn_);
-    clock_->advance(1);  // the additions are committed
+    host_.clock().advance(1);  // the additions are committed
     drainPeer();
   }
-  ~LeaveAllBench() {
-    engine_ = nullptr;
-    Velo::pamFactoryIs(nullptr);
-    Quarn::System::clockIs(nullptr);
-  }
-
   // The frame arrives on the port and is handled completely.
   void receive(const Velo::Pkt& frame) {
     peer_->txPkt(frame);
-    clock_->advance(0);
+    host_.clock().advance(0);
   }
   void receiveAllVlans() { receive(*allVlansJoinIn_); }
   void receiveLeaveAll() { receive(*leaveAll_); }
@@ -88,7 +76,7 @@ class LeaveAllBench {
   }
   void leaveAllTimerExpires() {
     Mrp::MrpIntfLeaveAllSm& machine = *engine_->leaveAllSm()->intfLeaveAllSm(kPort);
-    machine.leaveAllPending(1)->expiryTimeIs(clock_->now());
+    machine.leaveAllPending(1)->expiryTimeIs(host_.clock().now());
     machine.handleLeaveAllTimer();
   }
   // Sent frames collect at the peer: count and drop them.
@@ -114,10 +102,9 @@ class LeaveAllBench {
     return Velo::Pkt::pktNew(frame.data(), frame.size());
   }
 
-  Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
-  Quarn::Ptr<Velo::MemPamFactory> factory_ = new Velo::MemPamFactory;
-  Quarn::Ptr<Mrp::MrpSm> engine_;
+  MrpTest::SimHost host_;
   Quarn::Ptr<Velo::MemPam> peer_;
+  Quarn::Ptr<Mrp::MrpSm> engine_;
   Quarn::Ptr<Velo::Pkt> allVlansJoinIn_;
   Quarn::Ptr<Velo::Pkt> leaveAll_;
 };

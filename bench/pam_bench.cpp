@@ -11,11 +11,10 @@
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
-#include "quarn/System.h"
+#include "support/EngineBuilder.h"
 #include "support/MrpduFrames.h"
-#include "support/StandaloneEngine.h"
+#include "support/SimHost.h"
 #include "velo/MemPam.h"
-#include "velo/PamFactory.h"
 
 namespace {
 
@@ -26,20 +25,11 @@ constexpr std::size_t kMinFrameBytes = 60;
 // An active MVRP engine with port Ethernet1 on an in-memory wire.
 class PamBench {
  public:
-  PamBench() {
-    Quarn::System::clockIs(clock_);
-    Velo::pamFactoryIs(factory_);
-    Quarn::Ptr<Velo::MemWire> wire = new Velo::MemWire(Velo::IntfId("Ethernet1"), Velo::EthAddr(2, 0, 0, 0, 0, 2),
-                                                       Velo::IntfId("peer"), Velo::EthAddr(2, 0, 0, 0, 0, 1), clock_);
-    factory_->pamIs(wire->a());
-    testEnd_ = wire->b();
-    engine_ = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  PamBench()
+      : testEnd_(host_.wireNew(Velo::IntfId("Ethernet1"), Velo::EthAddr(2, 0, 0, 0, 0, 2), Velo::IntfId("peer"),
+                               Velo::EthAddr(2, 0, 0, 0, 0, 1))),
+        engine_(MrpTest::EngineBuilder(Mrp::MrpApplication::mvrp).build()) {
     engine_->mrpLib()->mrpInterfaceEnable(Velo::IntfId("Ethernet1"));
-  }
-  ~PamBench() {
-    engine_ = nullptr;
-    Velo::pamFactoryIs(nullptr);
-    Quarn::System::clockIs(nullptr);
   }
 
   // Three VLANs in one vector, behind the application's address and
@@ -63,7 +53,7 @@ class PamBench {
     Quarn::Ptr<Velo::Pkt> frame = Velo::Pkt::pktNew(bytes.data(), bytes.size());
     for (auto _ : state) {
       testEnd_->txPkt(*frame);
-      clock_->advance(0);
+      host_.clock().advance(0);
     }
     state.SetItemsProcessed(state.iterations());
     if (engine_->mrpCounters()->numOfPktsProcessed() != static_cast<std::uint64_t>(state.iterations())) {
@@ -72,10 +62,9 @@ class PamBench {
   }
 
  private:
-  Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
-  Quarn::Ptr<Velo::MemPamFactory> factory_ = new Velo::MemPamFactory;
-  Quarn::Ptr<Mrp::MrpSm> engine_;
+  MrpTest::SimHost host_;
   Quarn::Ptr<Velo::MemPam> testEnd_;
+  Quarn::Ptr<Mrp::MrpSm> engine_;
 };
 
 void BM_MvrpFrame(benchmark::State& state) {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "ParseLoop.h"
+#include "support/EngineBuilder.h"
 #include "support/MrpduFrames.h"
-#include "support/StandaloneEngine.h"
 
 namespace {
 
@@ -50,21 +50,21 @@ Bytes msrpTalkersPdu() {
 }
 
 void BM_ParseMvrpAllVlans(benchmark::State& state) {
-  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::EngineBuilder(Mrp::MrpApplication::mvrp).build();
   MrpBench::parseLoop(state, *engine, MrpTest::Frames::mvrpVlanRunPdu(1, kAllVlans, kJoinIn), kAllVlans);
 }
 BENCHMARK(BM_ParseMvrpAllVlans);
 
 // The same PDU with flooding on: the values are decoded and keyed, not collected.
 void BM_ParseMvrpAllVlansUncollected(benchmark::State& state) {
-  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::EngineBuilder(Mrp::MrpApplication::mvrp).build();
   engine->mrpConfig()->mrpFloodingIs(true);
   MrpBench::parseLoop(state, *engine, MrpTest::Frames::mvrpVlanRunPdu(1, kAllVlans, kJoinIn), kAllVlans);
 }
 BENCHMARK(BM_ParseMvrpAllVlansUncollected);
 
 void BM_ParseMsrpTalkerAdvertises(benchmark::State& state) {
-  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::msrp);
+  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::EngineBuilder(Mrp::MrpApplication::msrp).build();
   MrpBench::parseLoop(state, *engine, msrpTalkersPdu(), kTalkerVectors);
 }
 BENCHMARK(BM_ParseMsrpTalkerAdvertises);

@@ -17,8 +17,8 @@
 #include "ParseLoop.h"
 #include "UnpackLoop.h"
 #include "WiredEngine.h"
+#include "support/EngineBuilder.h"
 #include "support/MrpduFrames.h"
-#include "support/StandaloneEngine.h"
 
 namespace {
 
@@ -118,7 +118,7 @@ BENCHMARK(BM_ReceiveRegistered)->Apply(vlanCounts);
 
 // Baseline: parsing the same MRPDU and collecting its values, no more.
 void BM_ParseOnly(benchmark::State& state) {
-  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  Quarn::Ptr<Mrp::MrpSm> engine = MrpTest::EngineBuilder(Mrp::MrpApplication::mvrp).build();
   const std::vector<std::uint8_t> pdu = vlansPdu(vlansOf(state));
   const std::size_t before = MrpBench::heapAllocations;
   MrpBench::parseLoop(state, *engine, pdu, vlansOf(state));

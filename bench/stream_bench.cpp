@@ -25,8 +25,8 @@
 
 #include "Bridge.h"
 #include "quarn/Clock.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
-#include "quarn/System.h"
 #include "velo/MemPam.h"
 #include "velo/PamFactory.h"
 
@@ -70,7 +70,6 @@ Mrp::MsrpTalkerAdvertiseAttribute classBTalker(unsigned n) {
 class StreamLine {
  public:
   StreamLine() {
-    Quarn::System::clockIs(clock_);
     Quarn::logSinkIs(&logSink_);
     unsetenv("DISABLE_LEAVE_ALL_RANDOMIZATION");
     std::srand(kSeed);
@@ -100,7 +99,6 @@ class StreamLine {
   ~StreamLine() {
     nodes_.clear();
     Quarn::logSinkIs(nullptr);
-    Quarn::System::clockIs(nullptr);
   }
   StreamLine(const StreamLine&) = delete;
   StreamLine& operator=(const StreamLine&) = delete;
@@ -117,6 +115,7 @@ class StreamLine {
 
  private:
   Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
+  Quarn::System::ClockScope clockScope_{clock_};
   Quarn::DiscardLogSink logSink_;
   ReservationCounter counter_;
   std::vector<Quarn::Ptr<Velo::MemWire>> wires_;

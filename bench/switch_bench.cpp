@@ -27,8 +27,8 @@
 #include "Bridge.h"
 #include "MrpMvrp/MvrpVlanAttribute.h"
 #include "quarn/Clock.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
-#include "quarn/System.h"
 #include "velo/MemPam.h"
 #include "velo/PamFactory.h"
 #include "velo/Pkt.h"
@@ -102,7 +102,6 @@ class NetworkRecorder : public Bridge::Observer, public Velo::MemPam::Tap {
 class SwitchNetwork {
  public:
   SwitchNetwork(bool neighboursDeclareAllVlans, unsigned seed) {
-    Quarn::System::clockIs(clock_);
     Quarn::logSinkIs(&logSink_);
     unsetenv("DISABLE_LEAVE_ALL_RANDOMIZATION");
     std::srand(seed);
@@ -142,7 +141,6 @@ class SwitchNetwork {
     neighbours_.clear();
     switch_.reset();
     Quarn::logSinkIs(nullptr);
-    Quarn::System::clockIs(nullptr);
   }
   SwitchNetwork(const SwitchNetwork&) = delete;
   SwitchNetwork& operator=(const SwitchNetwork&) = delete;
@@ -168,6 +166,7 @@ class SwitchNetwork {
   }
 
   Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
+  Quarn::System::ClockScope clockScope_{clock_};
   Quarn::DiscardLogSink logSink_;
   NetworkRecorder recorder_;
   std::vector<Quarn::Ptr<Velo::MemPam>> pams_;

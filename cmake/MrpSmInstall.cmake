@@ -10,6 +10,7 @@ include(CMakePackageConfigHelpers)
 # new include in a public header cannot leave the installed set incomplete.
 set(MRP_PUBLIC_ENTRY_HEADERS
   MrpSm/MrpSm.h                # the engine and mrpSmFactory
+  MrpSm/MrpSmRecords.h         # the records an engine is built from
   MrpSm/MrpLib.h               # the service object an agent derives from
   MrpModel/MrpWireFormat.h     # the applications' default framing
   MrpModel/MrpValueBytes.h     # value records as octets
@@ -17,11 +18,13 @@ set(MRP_PUBLIC_ENTRY_HEADERS
   MrpMvrp/MvrpAttrType.h
   quarn/EventLoop.h            # real and simulated event loops
   quarn/System.h               # the process clock
+  quarn/ClockScope.h           # installs a process clock for a scope
   quarn/Trace.h                # trace levels and sinks
   quarn/Log.h                  # where MRP_JOIN / MRP_LV / MRP_ERROR lines go
   quarn/NboAttrLog.h           # where an agent registers its attribute log output
   velo/PacketSocketPam.h       # ports on AF_PACKET sockets
-  velo/MemPam.h)               # ports on an in-memory wire, for an agent's own tests
+  velo/MemPam.h                # ports on an in-memory wire, for an agent's own tests
+  velo/PamFactoryScope.h)      # installs a process socket factory for a scope
 set(MRP_HEADER_ROOTS ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/platform)
 
 # Sets `out` to the file of `header` (a path as code includes it, e.g.

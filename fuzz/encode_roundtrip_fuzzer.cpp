@@ -30,8 +30,8 @@
 #include <optional>
 #include <vector>
 
+#include "../tests/support/EngineBuilder.h"
 #include "../tests/support/FrameBuilder.h"
-#include "../tests/support/StandaloneEngine.h"
 #include "MrpModel/MrpParsedAttributeKey.h"
 #include "MrpModel/MrpValueBytes.h"
 #include "quarn/Log.h"
@@ -424,8 +424,8 @@ Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   Quarn::logSinkIs(&discardLogSink);
-  msrpEngine = MrpTest::standaloneEngineNew(MrpApplication::msrp);
-  mvrpEngine = MrpTest::standaloneEngineNew(MrpApplication::mvrp);
+  msrpEngine = MrpTest::EngineBuilder(MrpApplication::msrp).build();
+  mvrpEngine = MrpTest::EngineBuilder(MrpApplication::mvrp).build();
   return 0;
 }
 

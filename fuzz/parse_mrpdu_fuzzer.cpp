@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "../tests/support/StandaloneEngine.h"
+#include "../tests/support/EngineBuilder.h"
 #include "quarn/Log.h"
 
 namespace {
@@ -25,8 +25,8 @@ void frameHandled(Mrp::MrpSm& engine) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   Quarn::logSinkIs(&discardLogSink);
-  msrpEngine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::msrp);
-  mvrpEngine = MrpTest::standaloneEngineNew(Mrp::MrpApplication::mvrp);
+  msrpEngine = MrpTest::EngineBuilder(Mrp::MrpApplication::msrp).build();
+  mvrpEngine = MrpTest::EngineBuilder(Mrp::MrpApplication::mvrp).build();
   return 0;
 }
 

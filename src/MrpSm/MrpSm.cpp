@@ -158,4 +158,9 @@ Quarn::Ptr<MrpSm> mrpSmFactory(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr
                    std::move(entityManager), standbyMode);
 }
 
+Quarn::Ptr<MrpSm> mrpSmFactory(const MrpSmRecords& records, bool standbyMode) {
+  return mrpSmFactory(records.brConfig, records.mrpLib, records.mrpConfig, records.mrpStatus, records.stpStatus,
+                      records.brTopoConfig, records.ethPhyIntfStatusDir, records.entityManager, standbyMode);
+}
+
 }  // namespace Mrp

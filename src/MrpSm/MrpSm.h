@@ -30,6 +30,7 @@
 #include "MrpSm/MrpParsedRuns.h"
 #include "MrpSm/MrpRegistrarSm.h"
 #include "MrpSm/MrpPortRoles.h"
+#include "MrpSm/MrpSmRecords.h"
 #include "bridging/Config.h"
 #include "bridging/TopologyConfig.h"
 #include "brisk/TimerWheel.h"
@@ -480,5 +481,6 @@ Quarn::Ptr<MrpSm> mrpSmFactory(Quarn::Ptr<Bridging::Config> brConfig, Quarn::Ptr
                                Quarn::Ptr<Bridging::Topology::Config> brTopoConfig,
                                Quarn::Ptr<Interface::AllEthPhyIntfStatusDir> ethPhyIntfStatusDir,
                                Quarn::Ptr<Hive::EntityManager> entityManager, bool standbyMode);
+Quarn::Ptr<MrpSm> mrpSmFactory(const MrpSmRecords& records, bool standbyMode);
 
 }  // namespace Mrp

@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "decode/Decoder.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
-#include "quarn/System.h"
 #include "support/PamEngineFixture.h"
 #include "velo/MemPam.h"
 
@@ -75,11 +75,7 @@ class Recorder : public Bridge::Observer {
 // Bridges on a simulated clock, their ports joined by in-memory wires.
 class BridgeTest : public ::testing::Test {
  protected:
-  BridgeTest() { Quarn::System::clockIs(clock); }
-  ~BridgeTest() override {
-    bridges.clear();
-    Quarn::System::clockIs(nullptr);
-  }
+  ~BridgeTest() override { bridges.clear(); }
 
   Bridge& bridgeNew(const std::string& name, const std::vector<std::string>& ports,
                     std::vector<MrpApplication> applications = {MrpApplication::mvrp}) {
@@ -96,6 +92,7 @@ class BridgeTest : public ::testing::Test {
   void link(const std::string& a, const std::string& b) { pams[a]->peerIs(pams[b].ptr()); }
 
   Quarn::Ptr<Quarn::SimClock> clock = new Quarn::SimClock;
+  Quarn::System::ClockScope clockScope{clock};
   std::map<std::string, Quarn::Ptr<Velo::MemPamFactory>> factories;
   std::map<std::string, Quarn::Ptr<Velo::MemPam>> pams;
   std::map<std::string, std::unique_ptr<Bridge>> bridges;

@@ -6,8 +6,9 @@
 
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpSmRecords.h"
 #include "quarn/Clock.h"
-#include "quarn/System.h"
+#include "quarn/ClockScope.h"
 
 namespace MrpTest {
 
@@ -45,20 +46,17 @@ class RecordingMrpLib : public Mrp::MrpLib {
 class EngineFixture : public ::testing::Test {
  protected:
   EngineFixture();
-  ~EngineFixture() override;
 
   // An engine for `application` over the fixture's records.
   Quarn::Ptr<Mrp::MrpSm> engineNew(Mrp::MrpApplication application, bool standbyMode);
 
   Quarn::Ptr<Quarn::SimClock> clock;
   Quarn::Ptr<RecordingMrpLib> mrpLib;
-  Quarn::Ptr<Bridging::Config> brConfig;
-  Quarn::Ptr<Mrp::MrpConfig> mrpConfig;
-  Quarn::Ptr<Mrp::MrpStatus> mrpStatus;
-  Quarn::Ptr<Stp::Status> stpStatus;
-  Quarn::Ptr<Bridging::Topology::Config> brTopoConfig;
-  Quarn::Ptr<Interface::AllEthPhyIntfStatusDir> ethPhyIntfStatusDir;
-  Quarn::Ptr<Hive::EntityManager> entityManager;
+  // Shared by the fixture's engines and the test; their service object is mrpLib.
+  Mrp::MrpSmRecords records;
+
+ private:
+  Quarn::System::ClockScope clockScope_{clock};
 };
 
 }  // namespace MrpTest

@@ -6,8 +6,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include "support/EngineBuilder.h"
 #include "support/MrpSmPamPeer.h"
-#include "support/StandaloneEngine.h"
 #include "support/Tshark.h"
 #include "velo/EthHdr.h"
 #include "velo/PamFactory.h"
@@ -27,17 +27,7 @@ ScenarioEngine::ScenarioEngine(std::string name, Mrp::MrpApplication application
     : name_(std::move(name)),
       application_(application),
       lib_(new RecordingMrpLib),
-      config_(new Mrp::MrpConfig),
-      status_(new Mrp::MrpStatus),
-      stpStatus_(new Stp::Status),
-      brConfig_(new Bridging::Config),
-      brTopoConfig_(new Bridging::Topology::Config),
-      ethPhyIntfStatusDir_(new Interface::AllEthPhyIntfStatusDir),
-      entityManager_(new Hive::EntityManager("mrp")) {
-  lib_->applicationWithDefaultFramingIs(application);
-  sm_ = Mrp::mrpSmFactory(brConfig_, lib_, config_, status_, stpStatus_, brTopoConfig_, ethPhyIntfStatusDir_,
-                          entityManager_, standbyMode);
-}
+      sm_(EngineBuilder(application).mrpLib(lib_).standbyMode(standbyMode).build()) {}
 
 Quarn::Ptr<Mrp::MrpAttrDatabase> ScenarioEngine::attribute(const std::string& port, std::uint8_t type,
                                                           std::uint64_t key) const {
@@ -58,11 +48,9 @@ class EngineScenario::PortTap : public Velo::MemPam::Tap {
 };
 
 EngineScenario::EngineScenario() : clock(new Quarn::SimClock), pamFactory(new Velo::MemPamFactory) {
-  Quarn::System::clockIs(clock);
-  Velo::pamFactoryIs(pamFactory);
   Mrp::MrpSmPamPeer::pamFilterProgramClear();
   for (const auto application : {Mrp::MrpApplication::msrp, Mrp::MrpApplication::mvrp}) {
-    decoders_[application] = standaloneEngineNew(application);
+    decoders_[application] = EngineBuilder(application).build();
   }
 }
 
@@ -72,9 +60,7 @@ EngineScenario::~EngineScenario() {
   decoders_.clear();
   for (auto& [name, port] : ports_) port.enginePam->tapIs(nullptr);
   ports_.clear();
-  Velo::pamFactoryIs(nullptr);
   Velo::pamMaxRxPktDataIs(Velo::kDefaultMaxRxPktData);
-  Quarn::System::clockIs(nullptr);
 }
 
 void EngineScenario::TearDown() {

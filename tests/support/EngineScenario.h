@@ -11,10 +11,12 @@
 
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
 #include "support/EngineFixture.h"
 #include "support/PamEngineFixture.h"
 #include "velo/MemPam.h"
+#include "velo/PamFactoryScope.h"
 
 namespace MrpTest {
 
@@ -52,12 +54,12 @@ class ScenarioEngine {
   Mrp::MrpApplication application() const { return application_; }
   Mrp::MrpSm& sm() const { return *sm_; }
   RecordingMrpLib& lib() const { return *lib_; }
-  Mrp::MrpConfig& config() const { return *config_; }
-  Mrp::MrpStatus& status() const { return *status_; }
-  Stp::Status& stpStatus() const { return *stpStatus_; }
-  Bridging::Config& brConfig() const { return *brConfig_; }
-  Bridging::Topology::Config& brTopoConfig() const { return *brTopoConfig_; }
-  Interface::AllEthPhyIntfStatusDir& ethPhyIntfStatusDir() const { return *ethPhyIntfStatusDir_; }
+  Mrp::MrpConfig& config() const { return *sm_->mrpConfig(); }
+  Mrp::MrpStatus& status() const { return *sm_->mrpStatus(); }
+  Stp::Status& stpStatus() const { return *sm_->stpStatus(); }
+  Bridging::Config& brConfig() const { return *sm_->brConfig(); }
+  Bridging::Topology::Config& brTopoConfig() const { return *sm_->brTopoConfig(); }
+  Interface::AllEthPhyIntfStatusDir& ethPhyIntfStatusDir() const { return *sm_->ethPhyIntfStatusDir(); }
   Mrp::MrpCounters& counters() const { return *sm_->mrpCounters(); }
 
   // The stored entry of an attribute, pending additions included; null when absent.
@@ -67,13 +69,6 @@ class ScenarioEngine {
   std::string name_;
   Mrp::MrpApplication application_;
   Quarn::Ptr<RecordingMrpLib> lib_;
-  Quarn::Ptr<Mrp::MrpConfig> config_;
-  Quarn::Ptr<Mrp::MrpStatus> status_;
-  Quarn::Ptr<Stp::Status> stpStatus_;
-  Quarn::Ptr<Bridging::Config> brConfig_;
-  Quarn::Ptr<Bridging::Topology::Config> brTopoConfig_;
-  Quarn::Ptr<Interface::AllEthPhyIntfStatusDir> ethPhyIntfStatusDir_;
-  Quarn::Ptr<Hive::EntityManager> entityManager_;
   Quarn::Ptr<Mrp::MrpSm> sm_;
 };
 
@@ -145,6 +140,9 @@ class EngineScenario : public ::testing::Test {
   Quarn::CaptureLogSink logs;
 
  private:
+  Quarn::System::ClockScope clockScope_{clock};
+  Velo::PamFactoryScope pamFactoryScope_{pamFactory};
+
   class PortTap;
   struct Port {
     ScenarioEngine* engine = nullptr;

@@ -8,14 +8,10 @@
 namespace MrpTest {
 
 PamEngineFixture::PamEngineFixture() : pamFactory(new Velo::MemPamFactory) {
-  Velo::pamFactoryIs(pamFactory);
   Mrp::MrpSmPamPeer::pamFilterProgramClear();
 }
 
-PamEngineFixture::~PamEngineFixture() {
-  Velo::pamFactoryIs(nullptr);
-  Velo::pamMaxRxPktDataIs(Velo::kDefaultMaxRxPktData);
-}
+PamEngineFixture::~PamEngineFixture() { Velo::pamMaxRxPktDataIs(Velo::kDefaultMaxRxPktData); }
 
 Quarn::Ptr<Velo::MemPam> PamEngineFixture::wireNew(const std::string& name) {
   Quarn::Ptr<Velo::MemWire> wire =

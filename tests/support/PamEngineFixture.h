@@ -7,6 +7,7 @@
 #include "support/EngineFixture.h"
 #include "support/VlanTag.h"
 #include "velo/MemPam.h"
+#include "velo/PamFactoryScope.h"
 #include "velo/Pkt.h"
 
 namespace MrpTest {
@@ -38,6 +39,9 @@ class PamEngineFixture : public EngineFixture {
   static std::vector<Bytes> received(Velo::MemPam& testEnd);
 
   Quarn::Ptr<Velo::MemPamFactory> pamFactory;
+
+ private:
+  Velo::PamFactoryScope pamFactoryScope_{pamFactory};
 };
 
 // The test end's own address; the engine's end of a port is kEngineMac.

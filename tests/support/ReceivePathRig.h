@@ -13,11 +13,11 @@
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
 #include "quarn/Log.h"
-#include "quarn/System.h"
 #include "stp/MstiPortStatus.h"
 #include "support/CistPortStatus.h"
+#include "support/EngineBuilder.h"
 #include "support/ReceivePathFrames.h"
-#include "support/StandaloneEngine.h"
+#include "support/SimHost.h"
 #include "velo/MemPam.h"
 #include "velo/PamFactory.h"
 #include "velo/Pkt.h"
@@ -46,9 +46,7 @@ class ReceivePathRig {
   };
 
   ReceivePathRig() {
-    Quarn::System::clockIs(clock_);
     Quarn::logSinkIs(&logSink_);
-    Velo::pamFactoryIs(factory_);
     msrp_ = engineNew(Mrp::MrpApplication::msrp, "m");
     mvrp_ = engineNew(Mrp::MrpApplication::mvrp, "v");
     registrationsIs();
@@ -57,9 +55,7 @@ class ReceivePathRig {
     // The engines go before the wires and the clock they run on.
     msrp_.reset();
     mvrp_.reset();
-    Velo::pamFactoryIs(nullptr);
     Velo::pamMaxRxPktDataIs(Velo::kDefaultMaxRxPktData);
-    Quarn::System::clockIs(nullptr);
     Quarn::logSinkIs(nullptr);
   }
   ReceivePathRig(const ReceivePathRig&) = delete;
@@ -70,7 +66,7 @@ class ReceivePathRig {
   Engine& engine(Mrp::MrpApplication application) const {
     return application == Mrp::MrpApplication::msrp ? msrp() : mvrp();
   }
-  Quarn::SimClock& clock() const { return *clock_; }
+  Quarn::SimClock& clock() const { return host_.clock(); }
 
   // The far end of `port` sends the frame and the engine handles it. False
   // when the wire refuses it: shorter than an Ethernet header.
@@ -82,7 +78,7 @@ class ReceivePathRig {
 
   // Runs the clock forward; what the engines send on the way is dropped.
   void advance(Quarn::Seconds seconds) {
-    clock_->advance(seconds);
+    host_.clock().advance(seconds);
     for (Engine* engine : {msrp_.get(), mvrp_.get()}) {
       for (const Quarn::Ptr<Velo::MemPam>& far : engine->farEnds) {
         while (far->rxPkt()) {
@@ -140,15 +136,12 @@ class ReceivePathRig {
     auto engine = std::make_unique<Engine>();
     for (std::size_t p = 0; p < kPorts; ++p) {
       const Velo::IntfId intfId(prefix + std::to_string(p + 1));
-      Quarn::Ptr<Velo::MemWire> wire = new Velo::MemWire(
-          intfId, Velo::EthAddr(0x02, 0, 0, 0, 0x0a, static_cast<std::uint8_t>(p)), Velo::IntfId(intfId.name() + "-far"),
-          ReceivePath::kFarEndMac, clock_);
-      factory_->pamIs(wire->a());
       engine->ports.push_back(intfId);
-      engine->farEnds.push_back(wire->b());
+      engine->farEnds.push_back(host_.wireNew(intfId, Velo::EthAddr(0x02, 0, 0, 0, 0x0a, static_cast<std::uint8_t>(p)),
+                                              Velo::IntfId(intfId.name() + "-far"), ReceivePath::kFarEndMac));
       engine->enabled.push_back(true);
     }
-    engine->sm = standaloneEngineNew(application);
+    engine->sm = EngineBuilder(application).build();
     for (const Velo::IntfId& intfId : engine->ports) engine->lib().mrpInterfaceEnable(intfId);
     return engine;
   }
@@ -181,8 +174,7 @@ class ReceivePathRig {
 
   // A registration logs every join and leave; no one reads them here.
   Quarn::DiscardLogSink logSink_;
-  Quarn::Ptr<Quarn::SimClock> clock_ = new Quarn::SimClock;
-  Quarn::Ptr<Velo::MemPamFactory> factory_ = new Velo::MemPamFactory;
+  SimHost host_;
   std::unique_ptr<Engine> msrp_;
   std::unique_ptr<Engine> mvrp_;
 };

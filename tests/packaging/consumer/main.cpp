@@ -9,9 +9,11 @@
 #include "MrpMvrp/MvrpAttrType.h"
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpSm.h"
+#include "MrpSm/MrpSmRecords.h"
 #include "quarn/Clock.h"
-#include "quarn/System.h"
+#include "quarn/ClockScope.h"
 #include "velo/MemPam.h"
+#include "velo/PamFactoryScope.h"
 
 namespace {
 
@@ -34,9 +36,7 @@ class Agent : public Mrp::MrpLib {
 struct Switch {
   Switch() : agent(new Agent) {
     agent->applicationWithDefaultFramingIs(Mrp::MrpApplication::mvrp);
-    engine = Mrp::mrpSmFactory(new Bridging::Config, agent, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
-                               new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
-                               new Hive::EntityManager("mrp"), /*standbyMode=*/false);
+    engine = Mrp::mrpSmFactory(Mrp::mrpSmRecordsNew(agent), /*standbyMode=*/false);
   }
 
   Quarn::Ptr<Agent> agent;
@@ -73,11 +73,9 @@ bool vlanPropagates(const Quarn::Ptr<Quarn::SimClock>& clock, Velo::MemPamFactor
 int main() {
   Quarn::Ptr<Quarn::SimClock> clock = new Quarn::SimClock;
   Quarn::Ptr<Velo::MemPamFactory> pams = new Velo::MemPamFactory;
-  Quarn::System::clockIs(clock);
-  Velo::pamFactoryIs(pams);
+  const Quarn::System::ClockScope clockScope(clock);
+  const Velo::PamFactoryScope pamFactoryScope(pams);
   const bool propagated = vlanPropagates(clock, *pams);
-  Velo::pamFactoryIs(nullptr);
-  Quarn::System::clockIs(nullptr);
   if (!propagated) std::printf("VLAN %u was not registered across the wire\n", unsigned{kVlan});
   return propagated ? 0 : 1;
 }

@@ -2,27 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include "quarn/ClockScope.h"
+
 namespace Quarn {
 namespace {
 
-class SystemTest : public ::testing::Test {
- protected:
-  void TearDown() override { System::clockIs(nullptr); }
-};
-
-TEST_F(SystemTest, CurrentTimeReadsTheInstalledClock) {
+TEST(SystemTest, CurrentTimeReadsTheInstalledClock) {
   Ptr<SimClock> sim(new SimClock(42));
-  System::clockIs(sim);
+  System::ClockScope scope(sim);
   EXPECT_EQ(&System::clock(), sim.ptr());
   EXPECT_EQ(System::currentTime(), 42);
   sim->advance(1.5);
   EXPECT_EQ(System::currentTime(), 43.5);
 }
 
-TEST_F(SystemTest, ClearingTheClockRestoresTheRealOne) {
+TEST(SystemTest, OutsideAScopeTheClockIsTheRealOne) {
   Ptr<SimClock> sim(new SimClock(-1));
-  System::clockIs(sim);
-  System::clockIs(nullptr);
+  { System::ClockScope scope(sim); }
   EXPECT_NE(&System::clock(), sim.ptr());
   Ptr<Clock> real(new RealClock);
   Seconds before = real->now();

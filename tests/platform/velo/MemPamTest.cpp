@@ -8,6 +8,7 @@
 
 #include "support/PamEngineFixture.h"
 #include "velo/PamFactory.h"
+#include "velo/PamFactoryScope.h"
 
 namespace {
 
@@ -223,9 +224,10 @@ TEST(MemPamFactoryTest, UnknownOrClosedPortsCannotBeOpened) {
 TEST(PamFactoryTest, ProcessFactoryAndReceiveCap) {
   EXPECT_EQ(Velo::pamFactory(), nullptr);
   Quarn::Ptr<Velo::MemPamFactory> factory = new Velo::MemPamFactory;
-  Velo::pamFactoryIs(factory);
-  EXPECT_EQ(Velo::pamFactory(), Quarn::Ptr<Velo::PamFactory>(factory));
-  Velo::pamFactoryIs(nullptr);
+  {
+    Velo::PamFactoryScope scope(factory);
+    EXPECT_EQ(Velo::pamFactory(), Quarn::Ptr<Velo::PamFactory>(factory));
+  }
 
   // A standard VLAN-tagged frame unless an engine raised it.
   EXPECT_EQ(Velo::kDefaultMaxRxPktData, 1518u);

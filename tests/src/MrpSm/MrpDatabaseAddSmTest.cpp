@@ -34,7 +34,7 @@ MrpAttribute vlan(std::uint64_t id, const Velo::IntfId& intfId = kEth1) { return
 class MrpDatabaseReviewTest : public EngineFixture {
  protected:
   MrpDatabaseReviewTest() {
-    Quarn::NboAttrLog::outputIs(new Quarn::NboAttrLog::SocketOutSm(entityManager->name(), log.writer()));
+    Quarn::NboAttrLog::outputIs(new Quarn::NboAttrLog::SocketOutSm(records.entityManager->name(), log.writer()));
     engine = engineNew(MrpApplication::mvrp, false);
   }
   ~MrpDatabaseReviewTest() override { Quarn::NboAttrLog::outputDelAll(); }
@@ -51,7 +51,7 @@ class MrpDatabaseReviewTest : public EngineFixture {
   }
   std::size_t storedCount() const {
     std::size_t n = 0;
-    if (auto db = mrpStatus->applicationDatabase(MrpApplication::mvrp)) {
+    if (auto db = records.mrpStatus->applicationDatabase(MrpApplication::mvrp)) {
       for (const auto& [intfId, intf] : db->attrDatabases()) {
         for (const auto& [type, typeApplicant] : intf->intfTypeApplicants()) n += typeApplicant->mrpAttributes().size();
       }

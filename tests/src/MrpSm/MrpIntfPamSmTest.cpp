@@ -168,7 +168,7 @@ TEST_F(MrpIntfPamSmTest, WithoutFloodingNothingIsSent) {
 class MrpIntfPamSmFloodTest : public PamEngineFixture {
  protected:
   void SetUp() override {
-    mrpConfig->mrpFloodingIs(true);
+    records.mrpConfig->mrpFloodingIs(true);
     engine = engineNew(MrpApplication::msrp, false);
     for (const char* name : {"Ethernet1", "Ethernet2", "Ethernet3"}) ports.push_back(portUp(*engine, name));
   }

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@
 #include "support/PamEngineFixture.h"
 #include "support/RawSocket.h"
 #include "velo/PacketSocketPam.h"
+#include "velo/PamFactoryScope.h"
 
 namespace MrpTest {
 namespace {
@@ -39,11 +41,11 @@ class MrpPamNamespaceTest : public EngineFixture {
       peers.push_back(std::make_unique<RawSocket>(std::string("p") + n));
     }
     Mrp::MrpSmPamPeer::pamFilterProgramClear();
-    Velo::pamFactoryIs(new Velo::PacketSocketPamFactory(loop));
+    pamFactoryScope.emplace(new Velo::PacketSocketPamFactory(loop));
   }
   void TearDown() override {
     engine = nullptr;
-    Velo::pamFactoryIs(nullptr);
+    pamFactoryScope.reset();
     Velo::pamMaxRxPktDataIs(Velo::kDefaultMaxRxPktData);
     Quarn::traceLevelsClear();
   }
@@ -79,6 +81,7 @@ class MrpPamNamespaceTest : public EngineFixture {
   NetNamespace ns;
   Quarn::Ptr<Quarn::EventLoop> loop = Quarn::EventLoop::realLoopNew();
   std::vector<std::unique_ptr<RawSocket>> peers;
+  std::optional<Velo::PamFactoryScope> pamFactoryScope;
   Quarn::Ptr<Mrp::MrpSm> engine;
 };
 
@@ -140,7 +143,7 @@ TEST_F(MrpPamNamespaceTest, TheKernelFilterKeepsOtherAddressesAndEtherTypesOutOf
 }
 
 TEST_F(MrpPamNamespaceTest, WithFloodingAFrameComesOutUnchangedOnTheOtherPorts) {
-  mrpConfig->mrpFloodingIs(true);
+  records.mrpConfig->mrpFloodingIs(true);
   engineUp();
   const Bytes frame = mvrpFrame();
   ASSERT_TRUE(peers[0]->send(frame));

@@ -72,12 +72,12 @@ class MrpSmDatabaseTest : public DatabaseFixture {
 
 TEST_F(MrpSmDatabaseTest, LookupOfAMissingLevelIsNullAndCreatesNothing) {
   EXPECT_FALSE(find({kEth1, 1, 7}, true)) << "no application database";
-  EXPECT_FALSE(mrpStatus->applicationDatabase(MrpApplication::msrp));
+  EXPECT_FALSE(records.mrpStatus->applicationDatabase(MrpApplication::msrp));
   storedIs({kEth1, 1, 7});
   EXPECT_FALSE(find({kEth2, 1, 7}, true)) << "no port";
   EXPECT_FALSE(find({kEth1, 2, 7}, true)) << "no type";
   EXPECT_FALSE(find({kEth1, 1, 8}, true)) << "no key";
-  auto db = mrpStatus->applicationDatabase(MrpApplication::msrp);
+  auto db = records.mrpStatus->applicationDatabase(MrpApplication::msrp);
   EXPECT_EQ(db->attrDatabases().size(), 1u);
   EXPECT_EQ(db->attrDatabase(kEth1)->intfTypeApplicants().size(), 1u);
   EXPECT_EQ(db->attrDatabase(kEth1)->intfTypeApplicant(1)->mrpAttributes().size(), 1u);
@@ -163,7 +163,7 @@ TEST_F(MrpSmDatabaseTest, CreateEntryMakesEveryMissingLevelAndReturnsAnExistingE
   auto entry = engine->createEntryInDatabase(kEth2, 2, 0x99);
   ASSERT_TRUE(entry);
   EXPECT_EQ(entry->attributeKey(), 0x99u);
-  auto db = mrpStatus->applicationDatabase(MrpApplication::msrp);
+  auto db = records.mrpStatus->applicationDatabase(MrpApplication::msrp);
   ASSERT_TRUE(db);
   EXPECT_EQ(db->attrDatabase(kEth2)->intfTypeApplicant(2)->mrpAttribute(0x99), entry);
   EXPECT_EQ(engine->createEntryInDatabase(kEth2, 2, 0x99), entry);
@@ -439,7 +439,7 @@ INSTANTIATE_TEST_SUITE_P(AttributeTypes, MrpSmMsrpValueTest, ::testing::ValuesIn
 
 TEST_F(MrpSmDatabaseTest, StandbyEngineMadeActiveFindsTheStoredRegistrations) {
   engine = nullptr;
-  auto db = mrpStatus->applicationDatabaseIs(MrpApplication::msrp);
+  auto db = records.mrpStatus->applicationDatabaseIs(MrpApplication::msrp);
   std::map<MrpAttribute, Ptr<MrpAttrDatabase>> stored;
   for (const MrpAttribute& a : {MrpAttribute{kEth1, 1, 30}, MrpAttribute{kEth1, 1, 10}, MrpAttribute{kEth1, 3, 7},
                                 MrpAttribute{kEth2, 4, 6}}) {

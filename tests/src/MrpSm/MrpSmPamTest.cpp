@@ -5,6 +5,7 @@
 #include "MrpSm/MrpSm.h"
 #include "kni/Status.h"
 #include "quarn/Trace.h"
+#include "support/EngineBuilder.h"
 #include "support/PamEngineFixture.h"
 #include "velo/PamFactory.h"
 
@@ -46,11 +47,9 @@ TEST_F(MrpSmPamTest, TheFilterIsBuiltOnceAndReusedUnchangedByLaterEngines) {
   auto msrp = engineNew(MrpApplication::msrp, false);
   const auto msrpFilter = MrpPamWiring::pamFilterProgramOf(mrpLib->applicationMacAddr(), mrpLib->applicationEtype());
   Quarn::Ptr<RecordingMrpLib> mvrpLib = new RecordingMrpLib;
-  mvrpLib->applicationIs(MrpApplication::mvrp);
-  mvrpLib->applicationMacAddrIs(Velo::EthAddr(0x01, 0x80, 0xc2, 0x00, 0x00, 0x21));
-  mvrpLib->applicationEtypeIs(0x88f5);
-  auto mvrp = Mrp::mrpSmFactory(brConfig, mvrpLib, mrpConfig, new Mrp::MrpStatus, stpStatus, brTopoConfig,
-                                ethPhyIntfStatusDir, entityManager, false);
+  Mrp::MrpSmRecords mvrpRecords = records;
+  mvrpRecords.mrpStatus = new Mrp::MrpStatus;
+  auto mvrp = EngineBuilder(MrpApplication::mvrp).mrpLib(mvrpLib).records(mvrpRecords).build();
   EXPECT_EQ(mvrp->mrpPamSm()->wiring()->pamMan()->filterProgram(), msrpFilter);
   EXPECT_NE(mvrp->mrpPamSm()->wiring()->pamMan()->filterProgram(), kMvrpFilter);
   EXPECT_EQ(mvrp->mrpPamSm()->wiring()->pamMan()->listenAddr(), mvrpLib->applicationMacAddr()) << "only the filter is shared";
@@ -101,15 +100,15 @@ TEST_F(MrpSmPamTest, LocalDirectoriesHaveTheSameFixedNamesForEitherApplication) 
 TEST_F(MrpSmPamTest, InterfaceStatusDirectoriesAreKeptWhenTheyHaveTheExpectedType) {
   Quarn::Ptr<Interface::AllIntfStatusDir> all = new Interface::AllIntfStatusDir;
   Quarn::Ptr<Interface::AllIntfStatusDir> local = new Interface::AllIntfStatusDir;
-  entityManager->entityIs("interface/status/all", all);
-  entityManager->entityIs("interface/status/local", local);
+  records.entityManager->entityIs("interface/status/all", all);
+  records.entityManager->entityIs("interface/status/local", local);
   auto engine = engineNew(MrpApplication::mvrp, false);
   EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusDir(), all);
   EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusLocalDir(), local);
 }
 
 TEST_F(MrpSmPamTest, InterfaceStatusDirectoriesOfAnotherTypeOrAbsentAreNotKept) {
-  entityManager->entityIs("interface/status/all", new Interface::DeviceIntfStatusDir("other"));
+  records.entityManager->entityIs("interface/status/all", new Interface::DeviceIntfStatusDir("other"));
   auto engine = engineNew(MrpApplication::mvrp, false);
   EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusDir(), nullptr);
   EXPECT_EQ(engine->mrpPamSm()->wiring()->allIntfStatusLocalDir(), nullptr);
@@ -117,7 +116,7 @@ TEST_F(MrpSmPamTest, InterfaceStatusDirectoriesOfAnotherTypeOrAbsentAreNotKept) 
 
 TEST_F(MrpSmPamTest, TheDefaultNamespaceStatusIsMounted) {
   auto engine = engineNew(MrpApplication::mvrp, false);
-  auto status = entityManager->entity<KernelNetInfo::Status>("kni/ns/default/status");
+  auto status = records.entityManager->entity<KernelNetInfo::Status>("kni/ns/default/status");
   ASSERT_TRUE(status);
   EXPECT_EQ(status->nsName().string(), "default");
 }

@@ -214,7 +214,7 @@ TEST_F(MrpSmParseTest, RepeatedAttributeKeepsTheLaterEventAndQueuesItsKeyTwice) 
 
 TEST_F(MrpSmParseTest, FloodingWritesTheContextButCollectsNothing) {
   engineIs(MrpApplication::mvrp);
-  mrpConfig->mrpFloodingIs(true);
+  records.mrpConfig->mrpFloodingIs(true);
   const std::uint32_t eventsBefore = context().eventsCounter();
   parse(Frames::kMvrpThreeVlans);
   EXPECT_EQ(context().eventsCounter() - eventsBefore, 3u);

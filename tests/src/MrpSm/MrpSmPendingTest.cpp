@@ -110,7 +110,7 @@ TEST_F(MrpSmPendingTest, AddThenDeleteBeforeTheReviewLeavesNoTrace) {
   EXPECT_TRUE(engine->mrpAttrIters().empty());
   EXPECT_FALSE(deleteReviewPending());
   clock->advance(5);
-  EXPECT_FALSE(mrpStatus->applicationDatabase(MrpApplication::mvrp)) << "nothing was ever stored";
+  EXPECT_FALSE(records.mrpStatus->applicationDatabase(MrpApplication::mvrp)) << "nothing was ever stored";
   EXPECT_TRUE(engine->mrpAttrIters().empty());
 }
 

@@ -71,7 +71,7 @@ TEST_F(MrpSmTest, ActiveEngineCreatesEverything) {
 
 TEST_F(MrpSmTest, InitializationRecordsApplicationAndAttachesToServiceObject) {
   auto engine = engineNew(MrpApplication::mvrp, true);
-  EXPECT_EQ(mrpStatus->application(), MrpApplication::mvrp);
+  EXPECT_EQ(records.mrpStatus->application(), MrpApplication::mvrp);
   EXPECT_EQ(mrpLib->mrpSm(), engine.ptr());
 }
 
@@ -103,13 +103,13 @@ INSTANTIATE_TEST_SUITE_P(Applications, MaxAttrTypesTest,
                          [](const auto& info) { return "application" + std::to_string(info.param.application); });
 
 TEST_F(MrpSmTest, SwitchToActiveIndexesExactlyTheStoredPortsAndTypesWithTheirKeys) {
-  auto db = mrpStatus->applicationDatabaseIs(MrpApplication::msrp);
+  auto db = records.mrpStatus->applicationDatabaseIs(MrpApplication::msrp);
   const Velo::IntfId eth1("Ethernet1"), eth2("Ethernet2");
   for (std::uint64_t key : {30u, 10u, 20u}) db->attrDatabaseIs(eth1)->intfTypeApplicantIs(1)->mrpAttributeIs(key);
   db->attrDatabaseIs(eth1)->intfTypeApplicantIs(3)->mrpAttributeIs(7);
   db->attrDatabaseIs(eth2)->intfTypeApplicantIs(4)->mrpAttributeIs(0xffffffffffffffffULL);
   // Another application's registrations are not this engine's.
-  mrpStatus->applicationDatabaseIs(MrpApplication::mvrp)->attrDatabaseIs(eth2)->intfTypeApplicantIs(1)->mrpAttributeIs(5);
+  records.mrpStatus->applicationDatabaseIs(MrpApplication::mvrp)->attrDatabaseIs(eth2)->intfTypeApplicantIs(1)->mrpAttributeIs(5);
 
   auto engine = engineNew(MrpApplication::msrp, true);
   EXPECT_TRUE(engine->mrpAttrIters().empty()) << "a standby engine keeps no index";
@@ -130,7 +130,7 @@ TEST_F(MrpSmTest, SwitchToActiveWithEmptyStoreCreatesNoIndexOrDatabase) {
   engine->standbyModeIs(false);
   engine->handleStandbyMode();
   EXPECT_TRUE(engine->mrpAttrIters().empty());
-  EXPECT_FALSE(mrpStatus->applicationDatabase(MrpApplication::mvrp));
+  EXPECT_FALSE(records.mrpStatus->applicationDatabase(MrpApplication::mvrp));
 }
 
 TEST_F(MrpSmTest, StandbyPropagatesToPacketAccessOnActivation) {
@@ -217,16 +217,16 @@ TEST_F(MrpSmTest, MissingAttributeLogOutputIsTolerated) {
 }
 
 TEST_F(MrpSmTest, WatchesEverySpanningTreeInstanceAndFollowsChanges) {
-  stpStatus->stpiStatusIs("default");
-  stpStatus->stpiStatusIs("backup");
+  records.stpStatus->stpiStatusIs("default");
+  records.stpStatus->stpiStatusIs("backup");
   auto engine = engineNew(MrpApplication::mvrp, true);
   EXPECT_EQ(engine->portRoles().stpiStatusCount(), 2u);
   ASSERT_NE(engine->stpiStatus("default"), nullptr);
   EXPECT_EQ(engine->stpiStatus("default")->portRoles(), &engine->portRoles());
 
-  stpStatus->stpiStatusIs("third");
+  records.stpStatus->stpiStatusIs("third");
   EXPECT_NE(engine->stpiStatus("third"), nullptr);
-  stpStatus->stpiStatusDel("default");
+  records.stpStatus->stpiStatusDel("default");
   EXPECT_EQ(engine->stpiStatus("default"), nullptr);
   EXPECT_EQ(engine->portRoles().stpiStatusCount(), 2u);
 }
@@ -250,16 +250,16 @@ TEST_F(MrpSmTest, ARoleChangeOnAPortWhoseNativeVlanIsOutOfRangeStaysWithTheEngin
 }
 
 TEST_F(MrpSmTest, TeardownDetachesFromServiceObjectAndSpanningTree) {
-  stpStatus->stpiStatusIs("default");
+  records.stpStatus->stpiStatusIs("default");
   {
     auto engine = engineNew(MrpApplication::mvrp, false);
     ASSERT_EQ(mrpLib->mrpSm(), engine.ptr());
   }
   EXPECT_EQ(mrpLib->mrpSm(), nullptr);
   // Changes after the engine has gone reach no one.
-  stpStatus->stpiStatusIs("later");
-  stpStatus->stpiStatusDel("default");
-  EXPECT_EQ(stpStatus->stpiStatusCount(), 1u);
+  records.stpStatus->stpiStatusIs("later");
+  records.stpStatus->stpiStatusDel("default");
+  EXPECT_EQ(records.stpStatus->stpiStatusCount(), 1u);
 }
 
 TEST(MrpSmLogTest, MessagesAreDefinedWithTheirKeysDescriptionsAndFormats) {

@@ -20,9 +20,9 @@ const Velo::IntfId kEth1("Ethernet1"), kEth2("Ethernet2");
 class MrpSpanningTreeTopoTest : public EngineFixture {
  protected:
   MrpSpanningTreeTopoTest() {
-    brConfig->switchIntfConfigIs(kEth1)->nativeVlanIs(20);
-    brTopoConfig->topologyIs("Topo7", 7);
-    brTopoConfig->vlanTopologyIs(20, "Topo7");
+    records.brConfig->switchIntfConfigIs(kEth1)->nativeVlanIs(20);
+    records.brTopoConfig->topologyIs("Topo7", 7);
+    records.brTopoConfig->vlanTopologyIs(20, "Topo7");
   }
   Quarn::Ptr<Mrp::MrpSm> engine = engineNew(MrpApplication::mvrp, false);
 };
@@ -41,7 +41,7 @@ struct TopoCase {
 class MrpSpanningTreeTopoModeTest : public MrpSpanningTreeTopoTest, public ::testing::WithParamInterface<TopoCase> {};
 
 TEST_P(MrpSpanningTreeTopoModeTest, InstanceFollowsTheMode) {
-  stpStatus->modeIs(GetParam().mode);
+  records.stpStatus->modeIs(GetParam().mode);
   const std::string expected = GetParam().instance.empty() ? Stp::pvstInstanceName(20) : GetParam().instance;
   EXPECT_EQ(mrpLib->baseSpanningTreeTopo(kEth1), expected);
 }
@@ -57,8 +57,8 @@ INSTANTIATE_TEST_SUITE_P(Modes, MrpSpanningTreeTopoModeTest,
 class MrpSpanningTreeTopoRangeTest : public MrpSpanningTreeTopoTest, public ::testing::WithParamInterface<Stp::Mode> {};
 
 TEST_P(MrpSpanningTreeTopoRangeTest, NativeVlanOutsideTheRangeIsARangeErrorInTheVlanModes) {
-  stpStatus->modeIs(GetParam());
-  brConfig->switchIntfConfigIs(kEth1)->nativeVlanIs(4095);
+  records.stpStatus->modeIs(GetParam());
+  records.brConfig->switchIntfConfigIs(kEth1)->nativeVlanIs(4095);
   try {
     mrpLib->baseSpanningTreeTopo(kEth1);
     FAIL() << "4095 is no VLAN";
@@ -70,10 +70,10 @@ TEST_P(MrpSpanningTreeTopoRangeTest, NativeVlanOutsideTheRangeIsARangeErrorInThe
 INSTANTIATE_TEST_SUITE_P(VlanModes, MrpSpanningTreeTopoRangeTest, ::testing::Values(1, 100, 101));
 
 TEST_F(MrpSpanningTreeTopoTest, SingleTreeModesDoNotLookAtTheNativeVlan) {
-  brConfig->switchIntfConfigIs(kEth1)->nativeVlanIs(4095);
-  stpStatus->modeIs(0);
+  records.brConfig->switchIntfConfigIs(kEth1)->nativeVlanIs(4095);
+  records.stpStatus->modeIs(0);
   EXPECT_EQ(mrpLib->baseSpanningTreeTopo(kEth1), "Cist");
-  stpStatus->modeIs(0xFFFFFFFF);
+  records.stpStatus->modeIs(0xFFFFFFFF);
   EXPECT_EQ(mrpLib->baseSpanningTreeTopo(kEth1), "NoStp");
 }
 

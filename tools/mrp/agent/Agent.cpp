@@ -7,7 +7,6 @@
 #include "common/Applications.h"
 #include "common/WallTime.h"
 #include "control/AttributeMessage.h"
-#include "quarn/System.h"
 #include "report/StreamTableJson.h"
 #include "velo/PacketSocketPam.h"
 
@@ -25,18 +24,12 @@ constexpr Quarn::Seconds kFlushSeconds = 0.3;
 
 }  // namespace
 
-Agent::ProcessClock::ProcessClock(const Quarn::Ptr<Quarn::EventLoop>& loop) {
-  Quarn::System::clockIs(loop->clockPtr());
-}
-
-Agent::ProcessClock::~ProcessClock() { Quarn::System::clockIs(nullptr); }
-
 Agent::Agent(Options options, Quarn::Ptr<Quarn::EventLoop> loop, Timeline& timeline, std::ostream& log)
     : options_(std::move(options)),
       loop_(std::move(loop)),
       timeline_(timeline),
       log_(log),
-      processClock_(loop_),
+      processClock_(loop_->clockPtr()),
       stampEnd_(&loop_->clock(), this),
       speeds_(portSpeedsOf(options_)),
       bridge_(kBridgeName, {options_.application}, bridgeConfigOf(options_, speeds_),

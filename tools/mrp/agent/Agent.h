@@ -11,6 +11,7 @@
 #include "Bridge.h"
 #include "agent/Declaration.h"
 #include "agent/PortWatcher.h"
+#include "quarn/ClockScope.h"
 #include "quarn/EventLoop.h"
 #include "report/Timeline.h"
 
@@ -81,15 +82,6 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   void onPortState(const std::string& port, PortWatcher::State state) override;
 
  private:
-  // The loop's clock is the process's while the agent exists.
-  class ProcessClock {
-   public:
-    explicit ProcessClock(const Quarn::Ptr<Quarn::EventLoop>& loop);
-    ~ProcessClock();
-    ProcessClock(const ProcessClock&) = delete;
-    ProcessClock& operator=(const ProcessClock&) = delete;
-  };
-
   // Forgets the time stamp of a dispatch once it is over.
   class StampEnd : public Quarn::Clock::Notifiee {
    public:
@@ -124,7 +116,8 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   Quarn::Ptr<Quarn::EventLoop> loop_;
   Timeline& timeline_;
   std::ostream& log_;
-  ProcessClock processClock_;
+  // The loop's clock is the process's while the agent exists.
+  Quarn::System::ClockScope processClock_;
   // The time of what happens in one dispatch of the loop: what one frame
   // or one timer does shares a time, and its lines can be read as one.
   mutable std::optional<TimelinePlace> stamp_;

@@ -2,9 +2,10 @@
 
 #include "AttributeValue.h"
 #include "MrpModel/MrpWireFormat.h"
+#include "MrpSm/MrpSmRecords.h"
 #include "common/Applications.h"
 #include "common/Hex.h"
-#include "quarn/System.h"
+#include "quarn/ClockScope.h"
 #include "report/RegistrationText.h"
 #include "velo/EthHdr.h"
 #include "velo/Pkt.h"
@@ -71,14 +72,10 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
   Quarn::Ptr<Mrp::MrpSm>& engine = engines_[application];
   if (!engine) {
     // An engine takes the process clock of its creation for its timers.
-    const Quarn::Ptr<Quarn::Clock> processClock = Quarn::System::clockPtr();
-    Quarn::System::clockIs(clock_);
+    const Quarn::System::ClockScope clockScope(clock_);
     Quarn::Ptr<Mrp::MrpLib> lib = Mrp::mrpLibFactory();
     lib->applicationWithDefaultFramingIs(application);
-    engine = Mrp::mrpSmFactory(new Bridging::Config, lib, new Mrp::MrpConfig, new Mrp::MrpStatus, new Stp::Status,
-                               new Bridging::Topology::Config, new Interface::AllEthPhyIntfStatusDir,
-                               new Hive::EntityManager("mrp-decode"), false);
-    Quarn::System::clockIs(processClock);
+    engine = Mrp::mrpSmFactory(Mrp::mrpSmRecordsNew(lib, "mrp-decode"), false);
   }
   return *engine;
 }

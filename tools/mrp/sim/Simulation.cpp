@@ -5,7 +5,6 @@
 
 #include "MrpModel/MrpWireFormat.h"
 #include "common/Applications.h"
-#include "quarn/System.h"
 #include "velo/EthHdr.h"
 #include "velo/Pkt.h"
 
@@ -27,8 +26,8 @@ void environmentIs(const char* name, const std::optional<std::string>& value) {
 
 }  // namespace
 
-Simulation::ProcessSettings::ProcessSettings(Quarn::Ptr<Quarn::Clock> clock, const Scenario::Config& config) {
-  Quarn::System::clockIs(std::move(clock));
+Simulation::ProcessSettings::ProcessSettings(Quarn::Ptr<Quarn::Clock> clock, const Scenario::Config& config)
+    : clockScope_(std::move(clock)) {
   Quarn::logSinkIs(&logSink_);
   if (const char* before = std::getenv(kNoRandomization)) randomizationBefore_ = before;
   environmentIs(kNoRandomization, config.randomizeLeaveAll ? std::nullopt : std::optional<std::string>("1"));
@@ -38,7 +37,6 @@ Simulation::ProcessSettings::ProcessSettings(Quarn::Ptr<Quarn::Clock> clock, con
 Simulation::ProcessSettings::~ProcessSettings() {
   environmentIs(kNoRandomization, randomizationBefore_);
   Quarn::logSinkIs(nullptr);
-  Quarn::System::clockIs(nullptr);
 }
 
 Simulation::Simulation(const Scenario& scenario, Timeline& timeline)

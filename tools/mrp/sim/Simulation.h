@@ -10,6 +10,7 @@
 #include "format/CaptureWriter.h"
 #include "format/Scenario.h"
 #include "quarn/Clock.h"
+#include "quarn/ClockScope.h"
 #include "quarn/Log.h"
 #include "report/Timeline.h"
 #include "sim/ApplicationPamFactory.h"
@@ -93,6 +94,7 @@ class Simulation : public MrpAgent::Bridge::Observer {
     ProcessSettings& operator=(const ProcessSettings&) = delete;
 
    private:
+    Quarn::System::ClockScope clockScope_;
     Quarn::DiscardLogSink logSink_;
     std::optional<std::string> randomizationBefore_;
   };
