@@ -5,7 +5,7 @@
 namespace Mrp {
 
 Quarn::Ptr<Velo::Pam> MrpSmTxPorts::txPam(const Velo::IntfId& intfId) const {
-  const Quarn::Ptr<Interface::EthDevPamCollection>& pams = sm_.pamCollection();
+  const Interface::EthDevPamCollection* pams = sm_.pamCollection();
   return pams ? pams->intfPam(intfId) : nullptr;
 }
 

@@ -232,8 +232,8 @@ TEST_F(MrpSmTest, WatchesEverySpanningTreeInstanceAndFollowsChanges) {
 }
 
 TEST_F(MrpSmTest, AnEngineCreatedWhileAPortAlreadyHasARoleStartsAndJudgesItOnceItCan) {
-  stpStatus->modeIs(Stp::kModeRstp);
-  stpStatus->stpiStatusIs("stp")->mstiStatusIs("Cist")->mstiPortStatusIs("p1")->roleIs(
+  records.stpStatus->modeIs(Stp::kModeRstp);
+  records.stpStatus->stpiStatusIs("stp")->mstiStatusIs("Cist")->mstiPortStatusIs("p1")->roleIs(
       Stp::MstiPortStatus::Role::root);
   auto engine = engineNew(MrpApplication::mvrp, false);
   EXPECT_TRUE(engine->portRoles().judging());
@@ -241,10 +241,10 @@ TEST_F(MrpSmTest, AnEngineCreatedWhileAPortAlreadyHasARoleStartsAndJudgesItOnceI
 }
 
 TEST_F(MrpSmTest, ARoleChangeOnAPortWhoseNativeVlanIsOutOfRangeStaysWithTheEngine) {
-  stpStatus->modeIs(Stp::kModePvst);
-  brConfig->switchIntfConfigIs(Velo::IntfId("p1"))->nativeVlanIs(4095);
+  records.stpStatus->modeIs(Stp::kModePvst);
+  records.brConfig->switchIntfConfigIs(Velo::IntfId("p1"))->nativeVlanIs(4095);
   auto engine = engineNew(MrpApplication::mvrp, false);
-  const auto port = stpStatus->stpiStatusIs("stp")->mstiStatusIs("Vl4095")->mstiPortStatusIs("p1");
+  const auto port = records.stpStatus->stpiStatusIs("stp")->mstiStatusIs("Vl4095")->mstiPortStatusIs("p1");
   EXPECT_NO_THROW(port->roleIs(Stp::MstiPortStatus::Role::root));
   EXPECT_TRUE(engine->oldPortRole().empty());
 }
