@@ -84,7 +84,15 @@ class SortedMap {
       }
       return it->value;
     }
-    return entries_.insert(it, Entry{key, make(), true})->value;
+    Entry entry{key, make(), true};
+    if (entries_.size() == entries_.capacity()) {
+      // Grows by half: a large map (a port's registrations) then wastes a
+      // third of its array at most rather than half.
+      const auto at = it - entries_.begin();
+      entries_.reserve(entries_.size() + entries_.size() / 2 + 1);
+      it = entries_.begin() + at;
+    }
+    return entries_.insert(it, std::move(entry))->value;
   }
   void insertOrAssign(const Key& key, Value value) {
     findOrInsert(key, [] { return Value(); }) = std::move(value);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <ios>
 
+#include "MrpSm/MrpConfigTime.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
 #include "quarn/Assert.h"
@@ -19,9 +20,8 @@ constexpr double kLeaveAllRandomScale = 2.3283064365386963e-10;
 
 Quarn::Seconds getLeaveAllTime(const MrpSm& mrpSm, const Velo::IntfId& intfId) {
   const MrpConfig& config = *mrpSm.mrpConfig();
-  const std::optional<Quarn::Seconds> intfLeaveAllTime = config.intfLeaveAllTime(intfId);
-  const Quarn::Seconds base =
-      intfLeaveAllTime && *intfLeaveAllTime != 0 ? *intfLeaveAllTime : config.leaveAllTime();
+  const Quarn::Seconds base = mrpConfigIntfTime("intfLeaveAllTime", intfId, config.intfLeaveAllTime(intfId),
+                                                "leaveAllTime", config.leaveAllTime());
   if (std::getenv("DISABLE_LEAVE_ALL_RANDOMIZATION")) return base;
   return base * (1.0 + std::rand() * kLeaveAllRandomScale);
 }

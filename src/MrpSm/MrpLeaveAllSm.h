@@ -89,8 +89,9 @@ class MrpLeaveAllSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 };
 
 // The LeaveAll period of a port, drawn afresh on every call: its own
-// intfLeaveAllTime when set and not 0, else leaveAllTime, times a factor in
-// [1.0, 1.5) unless the environment has DISABLE_LEAVE_ALL_RANDOMIZATION.
+// intfLeaveAllTime when set and not 0, else leaveAllTime (a time that is not
+// finite or is negative counting as 0), times a factor in [1.0, 1.5) unless
+// the environment has DISABLE_LEAVE_ALL_RANDOMIZATION.
 Quarn::Seconds getLeaveAllTime(const MrpSm& mrpSm, const Velo::IntfId& intfId);
 
 }  // namespace Mrp

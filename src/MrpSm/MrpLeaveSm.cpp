@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "MrpSm/MrpConfigTime.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
 #include "quarn/System.h"
@@ -20,7 +21,7 @@ MrpLeaveSm::MrpLeaveSm(const MrpAttribute& mrpAttribute, MrpSm* mrpSm, Quarn::Pt
 void MrpLeaveSm::handleInitialized() {
   MRP_TRACE(8, "void Mrp::MrpLeaveSm::handleInitialized()");
   initializedIs();
-  doScheduleLeaveTimer(mrpSm_->mrpConfig()->leaveTime());
+  doScheduleLeaveTimer(mrpConfigTime("leaveTime", mrpSm_->mrpConfig()->leaveTime()));
 }
 
 void MrpLeaveSm::doScheduleLeaveTimer(Quarn::Seconds seconds) {
@@ -33,33 +34,26 @@ void MrpLeaveSm::doScheduleLeaveTimer(Quarn::Seconds seconds) {
 void MrpLeaveSm::handleLeaveTimer() {
   Quarn::Ptr<MrpLeaveSm> self(this);  // leaving the registrar's map drops the last reference
   MRP_TRACE(7, "MrpLeaveSm::handleLeaveTimer() " << mrpAttribute_);
-  doDrainPort();
+  doDrainPort(*mrpSm_, mrpAttribute_.intfId);
   // A key handled here may leave the set: walk what is pending now.
   for (std::uint64_t key : leavePendingKeys()) handleLeavePending(key);
   MrpRegistrarSm& registrar = *mrpSm_->registrarSm();
-  if (registrar.leaveSm(mrpAttribute_) == self) {
-    registrar.leaveSmDel(mrpAttribute_);
-  } else if (registrar.explicitLeaveSm(mrpAttribute_) == self) {
-    registrar.explicitLeaveSmDel(mrpAttribute_);
-  }
+  if (registrar.leaveSm(mrpAttribute_) == self) registrar.leaveSmDel(mrpAttribute_);
 }
 
-void MrpLeaveSm::doDrainPort() {
-  const Quarn::Ptr<MrpIntfPamSm> intfPamSm = mrpSm_->mrpPamSm()->mrpIntfPamSm(mrpAttribute_.intfId);
-  if (!intfPamSm) return;
-  const Velo::Pam& pam = *intfPamSm->pam();
-  // Stops too when the socket reports data but yields no frame, which would
-  // otherwise never end.
-  for (std::uint64_t taken = pam.rxPkts(); pam.hasDataOnSocket(); taken = pam.rxPkts()) {
-    intfPamSm->handleMrpdu();
-    if (pam.rxPkts() == taken) break;
-  }
+void MrpLeaveSm::doDrainPort(MrpSm& mrpSm, const Velo::IntfId& intfId) {
+  const Quarn::Ptr<MrpIntfPamSm> intfPamSm = mrpSm.mrpPamSm()->mrpIntfPamSm(intfId);
+  // One frame: a socket that reports data but yields none is left alone.
+  if (intfPamSm && intfPamSm->pam()->hasDataOnSocket()) intfPamSm->handleMrpdu();
 }
 
 void MrpLeaveSm::handleLeavePending(std::uint64_t key) {
-  if (!leavePending(key)) return;
-  mrpSm_->mrpFillContextFromDatabase({mrpAttribute_.intfId, mrpAttribute_.attributeType, key});
-  MrpRegistrarSm& registrar = *mrpSm_->registrarSm();
+  if (leavePending(key)) doLeaveTimer(*mrpSm_, {mrpAttribute_.intfId, mrpAttribute_.attributeType, key});
+}
+
+void MrpLeaveSm::doLeaveTimer(MrpSm& mrpSm, const MrpAttribute& attribute) {
+  mrpSm.mrpFillContextFromDatabase(attribute);
+  MrpRegistrarSm& registrar = *mrpSm.registrarSm();
   registrar.registrarEventIs(MrpRegistrarEvent::leaveTimer);
   registrar.handleRegistrarEvent();
 }

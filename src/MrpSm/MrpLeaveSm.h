@@ -17,9 +17,10 @@ class MrpSm;
 
 // Times the registrar's LV state for a set of attribute keys of one port
 // and type with one shared timer. The registrar keeps one per port and type
-// (attribute key 0) for leaves caused by LeaveAll and Re-declare!, and one
-// per attribute for leaves caused by a received Lv. At expiry every key still
-// pending gets leavetimer! and the machine is discarded.
+// (attribute key 0) for leaves caused by LeaveAll and Re-declare!; a leave
+// caused by a received Lv has a machine of its own (MrpExplicitLeaveSm). At
+// expiry every key still pending gets leavetimer! and the machine is
+// discarded.
 class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
  public:
   // Arms the timer with the configured leaveTime.
@@ -55,6 +56,13 @@ class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // leavetimer! for one pending key.
   void handleLeavePending(std::uint64_t key);
 
+  // What every leave machine's expiry does on the engine. A frame waiting on
+  // the port, which arrived just before the expiry, is processed first, so
+  // that a Join in it keeps its registration.
+  static void doDrainPort(MrpSm& mrpSm, const Velo::IntfId& intfId);
+  // leavetimer! for the attribute, made current from its database entry.
+  static void doLeaveTimer(MrpSm& mrpSm, const MrpAttribute& attribute);
+
  protected:
   ~MrpLeaveSm() override = default;
 
@@ -68,8 +76,6 @@ class MrpLeaveSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
     MrpLeaveSm* owner_;
   };
 
-  // Lets a frame that arrived just before the expiry act first.
-  void doDrainPort();
 
   const MrpAttribute mrpAttribute_;
   MrpSm* mrpSm_;

@@ -3,8 +3,10 @@
 #include <charconv>
 #include <cstdio>
 #include <ios>
+#include <vector>
 
 #include "MrpMsrp/MsrpAttrType.h"
+#include "MrpSm/MrpConfigTime.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmLog.h"
 #include "MrpSm/MrpSmTrace.h"
@@ -41,6 +43,8 @@ MrpRegistrarSm::MrpRegistrarSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig,
     : mrpSm_(mrpSm),
       mrpConfig_(std::move(mrpConfig)),
       timerWheel_(std::move(timerWheel)),
+      explicitLeaveEngine_(mrpSm_),
+      explicitLeaveSm_(&explicitLeaveEngine_, timerWheel_),
       configReactor_(this) {
   configReactor_.notifierIs(mrpConfig_.ptr());
   mrpSm_->transmitter().txTimerWheelIs(timerWheel_.ptr());
@@ -254,15 +258,25 @@ void MrpRegistrarSm::logLeave(const char* how, State state, Event event) const {
 void MrpRegistrarSm::mrpAddAttrToLeavePending() {
   MRP_TRACE(8, "void Mrp::MrpRegistrarSm::mrpAddAttrToLeavePending()");
   const MrpAttribute attribute = currentAttribute();
-  const bool explicitLeave = registrarEvent_ == Event::rLv;
-  const Quarn::Ptr<MrpLeaveSm> machine =
-      explicitLeave ? explicitLeaveSmIs(attribute)
-                    : leaveSmIs({attribute.intfId, attribute.attributeType, 0});
-  machine->leavePendingIs(attribute.attributeKey, true);
-  const Quarn::Seconds txLeaveAllExpiryTime = mrpConfig_->txLeaveAllExpiryTime();
-  const bool txLeaveAllTime =
-      registrarEvent_ == Event::txLvAll && txLeaveAllExpiryTime != kDefaultTxLeaveAllExpiryTime;
-  machine->doScheduleLeaveTimer(txLeaveAllTime ? txLeaveAllExpiryTime : mrpSm_->mrpGetLeaveTime(attribute.intfId));
+  const auto leavePending = [&](auto& machine) {
+    machine.leavePendingIs(attribute.attributeKey, true);
+    machine.doScheduleLeaveTimer(leaveTimeOf(attribute.intfId));
+  };
+  if (registrarEvent_ == Event::rLv) {
+    leavePending(explicitLeaveSm_.machineIs(attribute));
+  } else {
+    leavePending(*leaveSmIs({attribute.intfId, attribute.attributeType, 0}));
+  }
+}
+
+Quarn::Seconds MrpRegistrarSm::leaveTimeOf(const Velo::IntfId& intfId) const {
+  if (registrarEvent_ == Event::txLvAll) {
+    const Quarn::Seconds txLeaveAllExpiryTime = mrpConfig_->txLeaveAllExpiryTime();
+    if (txLeaveAllExpiryTime != kDefaultTxLeaveAllExpiryTime) {
+      return mrpConfigTime("txLeaveAllExpiryTime", txLeaveAllExpiryTime);
+    }
+  }
+  return mrpSm_->mrpGetLeaveTime(intfId);
 }
 
 void MrpRegistrarSm::mrpDeleteAttrFromLeavePending() {
@@ -270,22 +284,25 @@ void MrpRegistrarSm::mrpDeleteAttrFromLeavePending() {
   if (Quarn::Ptr<MrpLeaveSm> machine = leaveSm({attribute.intfId, attribute.attributeType, 0})) {
     machine->leavePendingDel(attribute.attributeKey);
   }
-  if (Quarn::Ptr<MrpLeaveSm> machine = explicitLeaveSm(attribute)) machine->leavePendingDel(attribute.attributeKey);
+  if (MrpExplicitLeaveSm* machine = explicitLeaveSm(attribute)) machine->leavePendingDel(attribute.attributeKey);
 }
 
 void MrpRegistrarSm::mrpCancelLeavePending(const Velo::IntfId& intfId) {
-  for (LeaveSmMap* map : {&leaveSm_, &explicitLeaveSm_}) {
-    // The maps are ordered by port first: the port's machines are one run.
-    auto it = map->lower_bound({intfId, 0, 0});
-    while (it != map->end() && it->first.intfId == intfId) {
-      MrpLeaveSm& machine = *it->second;
-      for (std::uint64_t key : machine.leavePendingKeys()) {
-        MRP_TRACE(8, "Intf: " << intfId << " Leave pending deleted: " << key);
-      }
-      machine.leavePendingDelAll();
-      it = map->erase(it);
-    }
+  const auto traceCancelled = [&](const std::vector<std::uint64_t>& keys) {
+    for (std::uint64_t key : keys) MRP_TRACE(8, "Intf: " << intfId << " Leave pending deleted: " << key);
+  };
+  // The map is ordered by port first: the port's machines are one run.
+  auto it = leaveSm_.lower_bound({intfId, 0, 0});
+  while (it != leaveSm_.end() && it->first.intfId == intfId) {
+    MrpLeaveSm& machine = *it->second;
+    traceCancelled(machine.leavePendingKeys());
+    machine.leavePendingDelAll();
+    it = leaveSm_.erase(it);
   }
+  for (const MrpExplicitLeaveSm* machine : explicitLeaveSm_.machinesOf(intfId)) {
+    traceCancelled(machine->leavePendingKeys());
+  }
+  explicitLeaveSm_.machinesOfDel(intfId);
 }
 
 Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::leaveSm(const MrpAttribute& attribute) const {
@@ -296,13 +313,16 @@ Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::leaveSmIs(const MrpAttribute& attribute) 
   return Quarn::entryIs(leaveSm_, attribute, [&] { return new MrpLeaveSm(attribute, mrpSm_, timerWheel_); });
 }
 
-Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::explicitLeaveSm(const MrpAttribute& attribute) const {
-  return Quarn::entryOf(explicitLeaveSm_, attribute);
+Quarn::Seconds MrpRegistrarSm::ExplicitLeaveEngine::leaveTime() const {
+  return mrpConfigTime("leaveTime", mrpSm_->mrpConfig()->leaveTime());
 }
 
-Quarn::Ptr<MrpLeaveSm> MrpRegistrarSm::explicitLeaveSmIs(const MrpAttribute& attribute) {
-  return Quarn::entryIs(explicitLeaveSm_, attribute,
-                        [&] { return new MrpLeaveSm(attribute, mrpSm_, timerWheel_); });
+void MrpRegistrarSm::ExplicitLeaveEngine::drainPort(const Velo::IntfId& intfId) {
+  MrpLeaveSm::doDrainPort(*mrpSm_, intfId);
+}
+
+void MrpRegistrarSm::ExplicitLeaveEngine::leaveTimer(const MrpAttribute& attribute) {
+  MrpLeaveSm::doLeaveTimer(*mrpSm_, attribute);
 }
 
 }  // namespace Mrp

@@ -9,6 +9,8 @@
 #include "MrpModel/MrpRegistrarEvent.h"
 #include "MrpModel/MrpRegistrarState.h"
 #include "MrpMsrp/MsrpAttrType.h"
+#include "MrpSm/MrpExplicitLeaveSm.h"
+#include "MrpSm/MrpExplicitLeaveSmMap.h"
 #include "MrpSm/MrpLeaveSm.h"
 #include "brisk/TimerWheel.h"
 #include "quarn/Lifecycle.h"
@@ -71,16 +73,30 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   Quarn::Ptr<MrpLeaveSm> leaveSmIs(const MrpAttribute& attribute);
   void leaveSmDel(const MrpAttribute& attribute) { leaveSm_.erase(attribute); }
   void leaveSmDelAll() { leaveSm_.clear(); }
-  const LeaveSmMap& explicitLeaveSms() const { return explicitLeaveSm_; }
-  Quarn::Ptr<MrpLeaveSm> explicitLeaveSm(const MrpAttribute& attribute) const;
-  Quarn::Ptr<MrpLeaveSm> explicitLeaveSmIs(const MrpAttribute& attribute);
-  void explicitLeaveSmDel(const MrpAttribute& attribute) { explicitLeaveSm_.erase(attribute); }
-  void explicitLeaveSmDelAll() { explicitLeaveSm_.clear(); }
+  const MrpExplicitLeaveSmMap& explicitLeaveSms() const { return explicitLeaveSm_; }
+  MrpExplicitLeaveSm* explicitLeaveSm(const MrpAttribute& attribute) const {
+    return explicitLeaveSm_.machine(attribute);
+  }
+  MrpExplicitLeaveSm* explicitLeaveSmIs(const MrpAttribute& attribute) { return &explicitLeaveSm_.machineIs(attribute); }
+  void explicitLeaveSmDel(const MrpAttribute& attribute) { explicitLeaveSm_.machineDel(attribute); }
+  void explicitLeaveSmDelAll() { explicitLeaveSm_.machineDelAll(); }
 
  protected:
   ~MrpRegistrarSm() override = default;
 
  private:
+  // What the explicit leave machines do on the engine.
+  class ExplicitLeaveEngine : public MrpExplicitLeaveSmMap::Engine {
+   public:
+    explicit ExplicitLeaveEngine(MrpSm* mrpSm) : mrpSm_(mrpSm) {}
+    Quarn::Seconds leaveTime() const override;
+    void drainPort(const Velo::IntfId& intfId) override;
+    void leaveTimer(const MrpAttribute& attribute) override;
+
+   private:
+    MrpSm* mrpSm_;
+  };
+
   class ConfigReactor : public MrpConfig::Notifiee {
    public:
     explicit ConfigReactor(MrpRegistrarSm* owner) : owner_(owner) {}
@@ -114,13 +130,16 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void logJoin(MrpRegistrarState state, MrpRegistrarEvent event) const;
   void logLeave(const char* how, MrpRegistrarState state, MrpRegistrarEvent event) const;
   MrpAttribute currentAttribute() const;
+  // The leave time of a leave the current event starts on the port.
+  Quarn::Seconds leaveTimeOf(const Velo::IntfId& intfId) const;
 
   MrpSm* mrpSm_;
   Quarn::Ptr<MrpConfig> mrpConfig_;
   Quarn::Ptr<Brisk::TimerWheel> timerWheel_;
   MrpRegistrarEvent registrarEvent_ = MrpRegistrarEvent::noEvent;
   LeaveSmMap leaveSm_;
-  LeaveSmMap explicitLeaveSm_;
+  ExplicitLeaveEngine explicitLeaveEngine_;
+  MrpExplicitLeaveSmMap explicitLeaveSm_;
   ConfigReactor configReactor_;
 };
 

@@ -1,5 +1,6 @@
 #include "MrpSm/MrpSm.h"
 
+#include "MrpSm/MrpConfigTime.h"
 #include "MrpSm/MrpSmTrace.h"
 #include "quarn/NboAttrLog.h"
 #include "quarn/System.h"
@@ -82,8 +83,8 @@ void MrpSm::handleStandbyMode() {
 }
 
 Quarn::Seconds MrpSm::mrpGetLeaveTime(const Velo::IntfId& intfId) const {
-  const std::optional<Quarn::Seconds> intfLeaveTime = mrpConfig_->intfLeaveTime(intfId);
-  return intfLeaveTime && *intfLeaveTime != 0 ? *intfLeaveTime : mrpConfig_->leaveTime();
+  return mrpConfigIntfTime("intfLeaveTime", intfId, mrpConfig_->intfLeaveTime(intfId), "leaveTime",
+                           mrpConfig_->leaveTime());
 }
 
 std::uint8_t MrpSm::maxAttrTypesOf(MrpApplication application) {

@@ -381,7 +381,7 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   // ==== end of transmit ====
 
   // The port's leave timer period: its own intfLeaveTime when set and not 0,
-  // else leaveTime.
+  // else leaveTime; a time that is not finite or is negative counts as 0.
   Quarn::Seconds mrpGetLeaveTime(const Velo::IntfId& intfId) const;
 
  protected:

@@ -313,11 +313,11 @@ TEST_F(MrpIntfLeaveAllSmTest, AnOverdueTypeRearmsTheTimerATenthOfASecondAfterThe
   ScenarioEngine& e = engineNew("E", MrpApplication::mvrp);
   portUp(e, "p1");
   advance(3);
-  // A negative period puts every expiry it sets in the past.
+  // A negative period counts as 0: every expiry it sets is due at once.
   e.config().leaveAllTimeIs(-1);
   advance(kTick);
   EXPECT_EQ(leaveAllTimesOf(takeFrames("p1")).size(), 1u);
-  EXPECT_LT(expiryOf(e, "p1", 1), now()) << "overdue";
+  EXPECT_EQ(expiryOf(e, "p1", 1), now()) << "due";
   EXPECT_NEAR(machine(e, "p1").leaveAllTimerTime(), now() + kTick, kEpsilon);
   advance(kTick);
   EXPECT_EQ(leaveAllTimesOf(takeFrames("p1")).size(), 1u) << "served again on the next tick";

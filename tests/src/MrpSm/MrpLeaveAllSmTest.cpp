@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <optional>
 #include <set>
 #include <ostream>
@@ -103,6 +104,47 @@ TEST_F(MrpLeaveAllSmTest, AnyValueOfTheVariableGivesTheBasePeriodWithoutADraw) {
     const int next = std::rand();
     std::srand(kSeed);
     EXPECT_EQ(next, std::rand()) << "rand() was not called";
+  }
+}
+
+struct InvalidLeaveAllTimeRow {
+  Quarn::Seconds leaveAllTime;
+  std::optional<Quarn::Seconds> intfLeaveAllTime;
+  Quarn::Seconds period;
+  const char* trace;
+};
+
+TEST_F(MrpLeaveAllSmTest, ALeaveAllTimeThatIsNotATimeIsTracedAndTakenAsZero) {
+  constexpr Quarn::Seconds kNaN = std::numeric_limits<Quarn::Seconds>::quiet_NaN();
+  constexpr Quarn::Seconds kInf = std::numeric_limits<Quarn::Seconds>::infinity();
+  // clang-format off
+  const InvalidLeaveAllTimeRow rows[] = {
+    // leaveAllTime  intfLeaveAllTime  period  trace
+    {kNaN,           std::nullopt,     0.0,    "Invalid leaveAllTime nan, taken as 0"},
+    {-3.0,           std::nullopt,     0.0,    "Invalid leaveAllTime -3, taken as 0"},
+    {kInf,           std::nullopt,     0.0,    "Invalid leaveAllTime inf, taken as 0"},
+    {4.0,            kNaN,             4.0,    "Invalid intfLeaveAllTime nan on p1, taken as 0"},
+    {4.0,            -2.0,             4.0,    "Invalid intfLeaveAllTime -2 on p1, taken as 0"},
+  };
+  // clang-format on
+  ScenarioEngine& e = engineNew("E", MrpApplication::mvrp);
+  portUp(e, "p1");
+  for (const InvalidLeaveAllTimeRow& row : rows) {
+    SCOPED_TRACE(row.trace);
+    e.config().leaveAllTimeIs(row.leaveAllTime);
+    if (row.intfLeaveAllTime) {
+      e.config().intfLeaveAllTimeIs(kP1, *row.intfLeaveAllTime);
+    } else {
+      e.config().intfLeaveAllTimeDel(kP1);
+    }
+    Quarn::CaptureTraceSink traces;
+    ASSERT_TRUE(Quarn::traceLevelsIs("MrpSm/4"));
+    EXPECT_EQ(Mrp::getLeaveAllTime(e.sm(), kP1), row.period);
+    coordinator(e).mrpDisableLeaveAllPending(kP1);
+    coordinator(e).mrpEnableLeaveAllPending(kP1);
+    Quarn::traceLevelsClear();
+    EXPECT_TRUE(traces.contains(row.trace));
+    EXPECT_EQ(published(e, "p1", 1), row.period) << "the period the port's LeaveAll timing runs on";
   }
 }
 

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
+#include <sstream>
+#include <string>
 #include <vector>
 
+#include "quarn/Trace.h"
 #include "support/CurrentAttribute.h"
 #include "support/EngineScenario.h"
 #include "support/FrameBuilder.h"
@@ -170,6 +175,21 @@ TEST_F(MrpLeaveSmTest, AFrameWaitingOnThePortAtExpiryIsProcessedBeforeThePending
   EXPECT_FALSE(registrar().leaveSm(kVlanLeaves));
 }
 
+TEST_F(MrpLeaveSmTest, TheExpiryProcessesOneWaitingFrameAndLeavesTheNextOnTheSocket) {
+  leaves(10, Event::regLvAll_);
+  leaves(20, Event::regLvAll_);
+  advance(0.3);
+  Velo::MemPam& enginePam = *pamFactory->pam(kPort);
+  ASSERT_TRUE(enginePam.peer()->txPkt(*pktOf(vlanFrame(10, kJoinIn))));
+  ASSERT_TRUE(enginePam.peer()->txPkt(*pktOf(vlanFrame(20, kJoinIn))));
+  const std::uint64_t received = enginePam.rxPkts();
+  registrar().leaveSm(kVlanLeaves)->handleLeaveTimer();
+  EXPECT_EQ(enginePam.rxPkts(), received + 1);
+  EXPECT_TRUE(enginePam.hasDataOnSocket()) << "the second frame waits for its own turn";
+  EXPECT_EQ(state(10), State::in);
+  EXPECT_EQ(leftVlans(), (std::vector<std::uint64_t>{20}));
+}
+
 TEST_F(MrpLeaveSmTest, ALeaveTimerForAKeyNotPendingDoesNothing) {
   leaves(10, Event::regLvAll_);
   const Quarn::Ptr<Mrp::MrpLeaveSm> machine = registrar().leaveSm(kVlanLeaves);
@@ -218,6 +238,56 @@ TEST_F(MrpLeaveSmTest, ThePortsLeaveTimeIsItsOwnWhenSetAndNotZeroElseTheConfigur
     }
     EXPECT_DOUBLE_EQ(sm().mrpGetLeaveTime(kPort), row.leaveTime)
         << "p1 " << row.p1LeaveTime.value_or(-1) << ", p2 " << row.p2LeaveTime.value_or(-1);
+  }
+}
+
+constexpr Quarn::Seconds kNaN = std::numeric_limits<Quarn::Seconds>::quiet_NaN();
+constexpr Quarn::Seconds kInf = std::numeric_limits<Quarn::Seconds>::infinity();
+
+struct InvalidLeaveTimeRow {
+  Quarn::Seconds leaveTime;
+  std::string trace;
+};
+
+TEST_F(MrpLeaveSmTest, ALeaveTimeThatIsNotATimeIsTracedAndTakenAsZeroByEveryLeave) {
+  // clang-format off
+  const InvalidLeaveTimeRow rows[] = {
+    {kNaN,  "Invalid leaveTime nan, taken as 0"},
+    {-0.5,  "Invalid leaveTime -0.5, taken as 0"},
+    {kInf,  "Invalid leaveTime inf, taken as 0"},
+    {-kInf, "Invalid leaveTime -inf, taken as 0"},
+  };
+  // clang-format on
+  Quarn::CaptureTraceSink traces;
+  for (const InvalidLeaveTimeRow& row : rows) {
+    SCOPED_TRACE(row.trace);
+    engine.config().leaveTimeIs(row.leaveTime);
+    traces.clear();
+    ASSERT_TRUE(Quarn::traceLevelsIs("MrpSm/4"));
+    EXPECT_EQ(sm().mrpGetLeaveTime(kPort), 0.0);
+    leaves(10, Event::regLvAll_);
+    leaves(20, Event::rLv);
+    Quarn::traceLevelsClear();
+    EXPECT_TRUE(traces.contains(row.trace));
+    const Quarn::Seconds armed = now();
+    EXPECT_DOUBLE_EQ(registrar().leaveSm(kVlanLeaves)->leaveTimerTime(), armed);
+    EXPECT_DOUBLE_EQ(registrar().explicitLeaveSm(vlan(20))->leaveTimerTime(), armed);
+    advance(0.1);
+    EXPECT_EQ(leftVlans(), (std::vector<std::uint64_t>{10, 20}));
+  }
+}
+
+TEST_F(MrpLeaveSmTest, APortLeaveTimeThatIsNotATimeIsTracedAndThePortUsesLeaveTime) {
+  engine.config().leaveTimeIs(0.8);
+  for (const Quarn::Seconds intfLeaveTime : {kNaN, -1.0, kInf}) {
+    engine.config().intfLeaveTimeIs(kPort, intfLeaveTime);
+    Quarn::CaptureTraceSink traces;
+    ASSERT_TRUE(Quarn::traceLevelsIs("MrpSm/4"));
+    EXPECT_DOUBLE_EQ(sm().mrpGetLeaveTime(kPort), 0.8) << intfLeaveTime;
+    Quarn::traceLevelsClear();
+    std::ostringstream text;
+    text << "Invalid intfLeaveTime " << intfLeaveTime << " on p1, taken as 0";
+    EXPECT_TRUE(traces.contains(text.str())) << text.str();
   }
 }
 

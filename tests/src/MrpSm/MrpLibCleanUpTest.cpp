@@ -63,9 +63,8 @@ class MrpLibCleanUpTest : public EngineScenario {
   std::size_t leaveMachinesOf(const Velo::IntfId& port) const {
     std::size_t n = 0;
     const Mrp::MrpRegistrarSm& registrar = *msrp.sm().registrarSm();
-    for (const auto* machines : {&registrar.leaveSms(), &registrar.explicitLeaveSms()}) {
-      for (const auto& [attribute, machine] : *machines) n += attribute.intfId == port;
-    }
+    for (const auto& [attribute, machine] : registrar.leaveSms()) n += attribute.intfId == port;
+    for (const auto& [attribute, machine] : registrar.explicitLeaveSms()) n += attribute.intfId == port;
     return n;
   }
 

@@ -168,7 +168,7 @@ class MrpRegistrarSmTest : public EngineScenario {
     const Mrp::MrpRegistrarSm& registrar = *sm.registrarSm();
     const Quarn::Ptr<Mrp::MrpLeaveSm> general =
         registrar.leaveSm({attribute.intfId, attribute.attributeType, 0});
-    const Quarn::Ptr<Mrp::MrpLeaveSm> own = registrar.explicitLeaveSm(attribute);
+    const Mrp::MrpExplicitLeaveSm* own = registrar.explicitLeaveSm(attribute);
     return {general && general->leavePending(attribute.attributeKey),
             own && own->leavePending(attribute.attributeKey)};
   }
@@ -432,7 +432,7 @@ TEST_F(RegistrarEdgeTest, ReceivedLvInInArmsTheAttributesOwnLeaveMachineAndAJoin
   advance(0.3);
   received(Event::rLv);
   EXPECT_EQ(currentEntry(sm)->registrarState(), State::lv);
-  const Quarn::Ptr<Mrp::MrpLeaveSm> own = sm.registrarSm()->explicitLeaveSm(kVlan10);
+  const Mrp::MrpExplicitLeaveSm* own = sm.registrarSm()->explicitLeaveSm(kVlan10);
   ASSERT_TRUE(own);
   EXPECT_TRUE(own->leavePending(10));
   EXPECT_DOUBLE_EQ(own->leaveTimerTime(), now() + kPortLeaveTime);

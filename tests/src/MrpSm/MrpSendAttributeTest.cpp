@@ -273,7 +273,7 @@ TEST_P(MrpDeleteAttrOnDefaultStatesTest, DeletesOnlyAnAttributeWhoseMachinesBoth
   state << c.registrar;
   EXPECT_TRUE(traces.contains(" mrpDeleteAttrOnDefaultStates called. reg state= " + state.str()));
   EXPECT_EQ(!talker(), c.deleted);
-  const Quarn::Ptr<Mrp::MrpLeaveSm> leave = msrp.sm().registrarSm()->explicitLeaveSm({kP1, 1, 0x10});
+  const Mrp::MrpExplicitLeaveSm* leave = msrp.sm().registrarSm()->explicitLeaveSm({kP1, 1, 0x10});
   ASSERT_TRUE(leave);
   EXPECT_EQ(leave->leavePending(0x10), !c.deleted) << "a deleted attribute leaves the leave-pending set";
 }
@@ -306,7 +306,7 @@ TEST_F(MrpSendAttributeTest, InternalLeaveDropsTheAttributeWithoutAWordOrAnIndic
   EXPECT_TRUE(traces.contains(" Type = \x01 Adv streamId = 10 Failed streamId = 0 Listener Stream Id = " +
                               listener.str()));
   EXPECT_FALSE(talker());
-  const Quarn::Ptr<Mrp::MrpLeaveSm> leave = msrp.sm().registrarSm()->explicitLeaveSm({kP1, 1, 0x10});
+  const Mrp::MrpExplicitLeaveSm* leave = msrp.sm().registrarSm()->explicitLeaveSm({kP1, 1, 0x10});
   EXPECT_FALSE(leave && leave->leavePending(0x10));
   expectCurrent(kP9, 2, 0x99);
   EXPECT_TRUE(lib.mrpTxPacketContexts().empty());
