@@ -1,3 +1,5 @@
+#include "MrpSm/MrpPduParser.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <type_traits>
@@ -8,6 +10,7 @@
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
 #include "MrpSm/MrpPduReader.h"
+#include "MrpSm/MrpReceivedFrame.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmLog.h"
 #include "MrpSm/MrpSmTrace.h"
@@ -81,58 +84,59 @@ void saveValueBytes(MrpParsedAttribute& parsedAttribute, std::span<const std::ui
 
 }  // namespace
 
-MrpParseStatus MrpSm::parseEndedEarly(const char* what) {
+MrpParseStatus MrpPduParser::parseEndedEarly(const char* what) {
   MRP_TRACE(4, " ######## MRPDU ends inside its " << what);
-  parseEndedEarly_ = true;
-  return malformed(*mrpCounters_);
+  frame_.parseEndedEarlyIs(true);
+  return malformed(*engine_.mrpCounters());
 }
 
-MrpParseStatus MrpSm::packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft) {
-  parseContext_->attributeListBytesLeftIs(0);
+MrpParseStatus MrpPduParser::packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft) {
+  engine_.parseContext()->attributeListBytesLeftIs(0);
   char text[kLogTextOctets];
   std::snprintf(text, sizeof text, "Number of values %d does not match with the packet bytes %d received on %s",
-                static_cast<int>(packedOctets), static_cast<int>(bytesLeft), parseContext_->intfId().name().c_str());
+                static_cast<int>(packedOctets), static_cast<int>(bytesLeft),
+                engine_.parseContext()->intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
-  return malformed(*mrpCounters_);
+  return malformed(*engine_.mrpCounters());
 }
 
-void MrpSm::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
+void MrpPduParser::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
   MRP_TRACE(8, "parseMrpdu payload= " << in.bytesLeft() << " bytes! ");
-  parseEndedEarly_ = false;
+  frame_.parseEndedEarlyIs(false);
   MrpParseStatus status = kContinue;
   std::uint8_t version = 0;
   if (in.readU8(version)) {
-    if (version != protocolVersion_) {
+    if (version != engine_.protocolVersion()) {
       MRP_TRACE(4, "MRPDU protocol version" << static_cast<unsigned>(version)
                                             << " is greater than the current supported version ");
-      futureProtocolVersion_ = true;
-      mrpCounters_->numOfIncorrectPduVersionInc();
+      frame_.futureProtocolVersionIs(true);
+      engine_.mrpCounters()->numOfIncorrectPduVersionInc();
     }
     while (in.bytesLeft() > 0 && status == kContinue) status = parseMessage(pkt);
   } else {
     status = parseEndedEarly("ProtocolVersion");
   }
-  recycledPkt_ = false;
+  frame_.recycledPktIs(false);
   MRP_TRACE(8, "End of Mark/End of Packet reached, coming out \n");
   MRP_TRACE(8, "parse status = " << status);
 }
 
-MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
+  MrpParseContext& context = *engine_.parseContext();
   std::uint8_t type = 0;
   std::uint8_t length = 0;
   if (!in.readU8(type) || !in.readU8(length)) return parseEndedEarly("message header");
   context.attributeTypeIs(type);
   context.attributeLengthIs(length);
-  const MrpApplication application = mrpLib_->application();
+  const MrpApplication application = engine_.mrpLib()->application();
   if (application == MrpApplication::msrp) {
     std::uint16_t listLength = 0;
     if (!in.readU16(listLength)) return parseEndedEarly("AttributeListLength");
     context.attributeListBytesLeftIs(listLength);
     MRP_TRACE(8, "AttributeListLength = " << listLength);
-    if (listLength == 0) return malformed(*mrpCounters_);
+    if (listLength == 0) return malformed(*engine_.mrpCounters());
   }
   if (mrpSizeOfAttribute(type, static_cast<std::uint8_t>(application)) == length) {
     const MrpParseStatus status = parseAttributeList(pkt);
@@ -141,9 +145,9 @@ MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
     MRP_TRACE(
         4, " ######## Invalid attribute length = " << static_cast<unsigned>(length)
                                                    << " or Invalid attribute type = " << static_cast<unsigned>(type));
-    if (!futureProtocolVersion_) return malformed(*mrpCounters_);
+    if (!frame_.futureProtocolVersion()) return malformed(*engine_.mrpCounters());
     skipMessageDueToFutureProtocolVersion(pkt);
-    if (parseEndedEarly_) return kMalformed;
+    if (frame_.parseEndedEarly()) return kMalformed;
   }
   // The PDU's EndMark is recognised, not consumed: padding behind it is never read.
   std::uint16_t next = 0;
@@ -151,11 +155,11 @@ MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
   return next == 0 ? kEndOfPdu : kContinue;
 }
 
-void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
+void MrpPduParser::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MRP_TRACE(8, "void Mrp::MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>&)");
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
-  switch (mrpLib_->application()) {
+  MrpParseContext& context = *engine_.parseContext();
+  switch (engine_.mrpLib()->application()) {
     case MrpApplication::msrp:
       if (!in.skip(context.attributeListBytesLeft())) parseEndedEarly("AttributeList");
       return;
@@ -194,13 +198,13 @@ void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& p
   in.skip(kMrpEndMarkOctets);
 }
 
-MrpParseStatus MrpSm::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
   MrpParseStatus status = kContinue;
   bool listEnded = false;
   for (;;) {
     status = parseVectorAttribute(pkt);
-    if (parseEndedEarly_) return kMalformed;
+    if (frame_.parseEndedEarly()) return kMalformed;
     std::uint16_t next = 0;
     if (!in.peekU16(next)) return parseEndedEarly("EndMark");
     if (next == 0) {
@@ -209,50 +213,51 @@ MrpParseStatus MrpSm::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
     }
     if (status != kContinue || in.bytesLeft() <= kMrpEndMarkOctets) break;
   }
-  if (!listEnded) return malformed(*mrpCounters_);
+  if (!listEnded) return malformed(*engine_.mrpCounters());
   // An MSRP list must come out at exactly its EndMark's own two octets.
-  if (mrpLib_->application() == MrpApplication::msrp && parseContext_->attributeListBytesLeft() != kMrpEndMarkOctets) {
-    return malformed(*mrpCounters_);
+  if (engine_.mrpLib()->application() == MrpApplication::msrp &&
+      engine_.parseContext()->attributeListBytesLeft() != kMrpEndMarkOctets) {
+    return malformed(*engine_.mrpCounters());
   }
   in.skip(kMrpEndMarkOctets);
   return status;
 }
 
-MrpParseStatus MrpSm::parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
+  MrpParseContext& context = *engine_.parseContext();
   std::uint16_t header = 0;
   if (!in.peekU16(header)) return parseEndedEarly("VectorHeader");
   const std::uint16_t numberOfValues = header & kMrpNumberOfValuesMask;
   if ((header & kMrpLeaveAllBit) == 0) {
     if (numberOfValues == 0) {
       context.attributeListBytesLeftIs(0);
-      return malformed(*mrpCounters_);
+      return malformed(*engine_.mrpCounters());
     }
     context.leaveAllIs(0);
   } else {
     MRP_TRACE(7, "leaveAllEvent is True for " << context.intfId());
     MRP_TRACE(7, " leaveAllEvent is True");
     context.leaveAllIs(1);
-    if (!recycledPkt_) mrpRxLeaveAllIs(context.attributeType(), true);
+    if (!frame_.recycledPkt()) frame_.mrpRxLeaveAllIs(context.attributeType(), true);
   }
   context.numberOfValuesIs(numberOfValues);
   in.skip(kMrpVectorHeaderOctets);
-  switch (mrpLib_->application()) {
+  switch (engine_.mrpLib()->application()) {
     case MrpApplication::msrp:
       return parseMsrpVector(pkt);
     case MrpApplication::mvrp:
       return parseMvrpVector(pkt);
   }
-  MRP_TRACE(4, "Application " << mrpLib_->application() << " not supported");
-  mrpCounters_->numOfUnknownApplicationInc();
+  MRP_TRACE(4, "Application " << engine_.mrpLib()->application() << " not supported");
+  engine_.mrpCounters()->numOfUnknownApplicationInc();
   return kContinue;
 }
 
-MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpLib& lib = *mrpLib_;
-  switch (static_cast<MsrpAttrType>(parseContext_->attributeType())) {
+  MrpLib& lib = *engine_.mrpLib();
+  switch (static_cast<MsrpAttrType>(engine_.parseContext()->attributeType())) {
     case MsrpAttrType::talkerAdvertise: {
       const std::optional<MsrpTalkerAdvertiseAttribute> talker = parseTalkerAdvertise(pkt);
       if (!talker) return parseEndedEarly("Talker Advertise FirstValue");
@@ -293,24 +298,24 @@ MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
     case MsrpAttrType::invalidAttribute:
       break;
   }
-  return unidentifiedAttributeType(*this);
+  return unidentifiedAttributeType(engine_);
 }
 
-MrpParseStatus MrpSm::parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
-  if (static_cast<MvrpAttrType>(parseContext_->attributeType()) != MvrpAttrType::vlanVector) {
-    return unidentifiedAttributeType(*this);
+MrpParseStatus MrpPduParser::parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  if (static_cast<MvrpAttrType>(engine_.parseContext()->attributeType()) != MvrpAttrType::vlanVector) {
+    return unidentifiedAttributeType(engine_);
   }
   MrpPduReader in(*pkt);
   std::uint16_t vlanId = 0;
   if (!in.readU16(vlanId)) return parseEndedEarly("VLAN FirstValue");
-  mrpLib_->mvrpVlanVectorRx().vlanIdIs(vlanId);
+  engine_.mrpLib()->mvrpVlanVectorRx().vlanIdIs(vlanId);
   MRP_TRACE(8, "VlanVector vlanId = " << vlanId);
   return parseThreePackedEvents(pkt);
 }
 
-MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
+  MrpParseContext& context = *engine_.parseContext();
   const std::uint16_t numberOfValues = context.numberOfValues();
   const std::uint16_t packedOctets = mrpThreePackedOctets(numberOfValues);
   if (numberOfValues == 0) noteValuelessVector(context);
@@ -322,7 +327,7 @@ MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
     return collectRun();
   }();
   if (!collected) {
-    materializeParsedRuns();
+    frame_.materializeParsedRuns();
     std::uint16_t valueIndex = 0;
     for (const std::uint8_t octet : packed) {
       for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
@@ -337,9 +342,9 @@ MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   return kContinue;
 }
 
-MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
+  MrpParseContext& context = *engine_.parseContext();
   const std::uint16_t numberOfValues = context.numberOfValues();
   if (numberOfValues == 0) {
     noteValuelessVector(context);
@@ -359,13 +364,13 @@ MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pk
     return collectRun();
   }();
   if (!collected) {
-    materializeParsedRuns();
+    frame_.materializeParsedRuns();
     std::uint16_t valueIndex = 0;
     for (const std::uint8_t octet : packed.first(threePacked)) {
       for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
         if (valueIndex == numberOfValues) break;
         processThreeAndFourPacked(pkt, event, valueIndex++, threePacked);
-        if (parseEndedEarly_) return kMalformed;
+        if (frame_.parseEndedEarly()) return kMalformed;
       }
     }
   }
@@ -378,55 +383,45 @@ MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pk
   return kContinue;
 }
 
-void MrpSm::processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event, std::uint16_t valueIndex,
-                                      std::uint16_t threePackedOctets) {
+void MrpPduParser::processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event,
+                                             std::uint16_t valueIndex, std::uint16_t threePackedOctets) {
   MrpPduReader in(*pkt);
   std::uint8_t octet = 0;
   if (!in.peekU8(std::size_t{threePackedOctets} + valueIndex / 4u, octet)) {
     parseEndedEarly("FourPackedEvents");
     return;
   }
-  mrpLib_->msrpListenerVectorRx().listenerEventIs(
+  engine_.mrpLib()->msrpListenerVectorRx().listenerEventIs(
       static_cast<MsrpListenerEvent>(mrpUnpackFourPacked(octet, valueIndex % 4u)));
   processMrpEvent(event, valueIndex);
 }
 
-void MrpSm::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
-  MrpParseContext& context = *parseContext_;
-  mrpLib_->mrpValueFromFirstValue(valueIndex);
-  context.attributeKeyIs(mrpGetRxAttributeKey());
+void MrpPduParser::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
+  MrpParseContext& context = *engine_.parseContext();
+  engine_.mrpLib()->mrpValueFromFirstValue(valueIndex);
+  context.attributeKeyIs(engine_.mrpGetRxAttributeKey());
   context.attributeEventIs(event);
   context.eventsCounterInc(1);
-  if (recycledPkt_ || mrpConfig_->mrpFlooding()) {
+  if (!collecting()) {
     MRP_TRACE(8, "Recycled Pkt. Returning after parsing");
     return;
   }
   saveParsedMrpAttribute();
 }
 
-void MrpSm::parseResultsDelAll() {
-  parsedRuns_.clear();
-  mrpParsedAttribute_.clear();
-  mrpParsedAttributeKey_.delAll();
-  msrpParsedDomainKey_.delAll();
-  mrpRxLeaveAll_.clear();
-  futureProtocolVersion_ = false;
-}
+bool MrpPduParser::collecting() const { return !frame_.recycledPkt() && !engine_.mrpConfig()->mrpFlooding(); }
 
-bool MrpSm::collectsRuns() const {
-  return parsedRunsEnabled_ && !recycledPkt_ && !mrpConfig_->mrpFlooding() && mrpParsedAttribute_.empty() &&
-         mrpParsedAttributeKey_.empty() && msrpParsedDomainKey_.empty();
-}
+bool MrpPduParser::collectsRuns() const { return collecting() && frame_.collectsRuns(); }
 
-bool MrpSm::collectRun() {
-  MrpParseContext& context = *parseContext_;
+bool MrpPduParser::collectRun() {
+  MrpParseContext& context = *engine_.parseContext();
   const std::uint8_t type = context.attributeType();
-  const std::uint64_t firstKey = mrpGetRxAttributeKey();
+  const std::uint64_t firstKey = engine_.mrpGetRxAttributeKey();
   const std::size_t count = vectorEvents_.size();
   bool taken = false;
-  withReceiveField(*mrpLib_, type, [&](auto& received) {
-    if (!parsedRuns_.add(type, valueBytes(received), firstKey, mrpKeyLimitOf(received), vectorEvents_,
-                         vectorDeclarations_)) {
+  withReceiveField(*engine_.mrpLib(), type, [&](auto& received) {
+    if (!frame_.collectRun(type, valueBytes(received), firstKey, mrpKeyLimitOf(received), vectorEvents_,
+                           vectorDeclarations_)) {
       return;
     }
     taken = true;
@@ -443,64 +438,18 @@ bool MrpSm::collectRun() {
   return true;
 }
 
-std::size_t MrpSm::parsedRunValue(const MrpParsedRuns::Run& run, std::size_t index,
-                                  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets>& octets) const {
-  std::size_t size = 0;
-  // The receive field names the record type; its value is not touched.
-  withReceiveField(*mrpLib_, run.attributeType, [&](auto& field) {
-    using Record = std::remove_cvref_t<decltype(field)>;
-    Record value = mrpValueAt(valueFromBytes<Record>(run.firstValue), index);
-    if constexpr (std::is_same_v<Record, MsrpListenerAttribute>) {
-      if (run.declared) value.listenerEventIs(static_cast<MsrpListenerEvent>(parsedRuns_.declaration(run, index)));
-    }
-    const auto bytes = valueBytes(value);
-    size = static_cast<std::size_t>(std::copy(bytes.begin(), bytes.end(), octets.begin()) - octets.begin());
-  });
-  return size;
-}
-
-void MrpSm::materializeParsedRuns() const {
-  if (parsedRuns_.empty()) return;
-  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
-  for (const MrpParsedRuns::Run& run : parsedRuns_.runs()) {
-    const bool domain = mrpLib_->application() == MrpApplication::msrp &&
-                        static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
-    ParsedKeyQueue& queue = domain ? msrpParsedDomainKey_ : mrpParsedAttributeKey_;
-    for (std::size_t i = 0; i < run.count; ++i) {
-      const MrpParsedAttributeKey key{run.attributeType, run.firstKey + i};
-      const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute_.findOrCreate(key);
-      parsed->attributeEventIs(parsedRuns_.event(run, i));
-      parsed->attributeValueIs(std::span(octets.data(), parsedRunValue(run, i, octets)));
-      queue.enq(key);
-    }
-  }
-  parsedRuns_.clear();
-}
-
-std::optional<std::uint8_t> MrpSm::parsedEventOf(std::uint8_t attributeType, std::uint64_t key) const {
-  if (!parsedRuns_.empty()) return parsedRuns_.eventOf(attributeType, key);
-  if (const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute_.find({attributeType, key})) {
-    return parsed->attributeEvent();
-  }
-  return std::nullopt;
-}
-
-void MrpSm::saveParsedMrpAttribute() {
-  const MrpParsedAttributeKey key{parseContext_->attributeType(), parseContext_->attributeKey()};
-  Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttributeIs(key);
+void MrpPduParser::saveParsedMrpAttribute() {
+  const MrpParseContext& context = *engine_.parseContext();
+  const MrpParsedAttributeKey key{context.attributeType(), context.attributeKey()};
+  Quarn::Ptr<MrpParsedAttribute> parsedAttribute = frame_.mrpParsedAttributeIs(key);
   // A later occurrence in the frame overwrites the event and the value.
-  parsedAttribute->attributeEventIs(parseContext_->attributeEvent());
+  parsedAttribute->attributeEventIs(context.attributeEvent());
   saveParsedMrpAttributeValue(*parsedAttribute);
-  if (mrpLib_->application() == MrpApplication::msrp &&
-      static_cast<MsrpAttrType>(key.attributeType) == MsrpAttrType::domainVector) {
-    msrpParsedDomainKeyEnq(key);
-  } else {
-    mrpParsedAttributeKeyEnq(key);
-  }
+  frame_.parsedKeyEnq(key);
 }
 
-void MrpSm::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
-  switch (mrpLib_->application()) {
+void MrpPduParser::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+  switch (engine_.mrpLib()->application()) {
     case MrpApplication::msrp:
       saveParsedMsrpAttributeValue(parsedAttribute);
       return;
@@ -510,8 +459,8 @@ void MrpSm::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   }
 }
 
-void MrpSm::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
-  MrpLib& lib = *mrpLib_;
+void MrpPduParser::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+  MrpLib& lib = *engine_.mrpLib();
   switch (static_cast<MsrpAttrType>(parsedAttribute.key().attributeType)) {
     case MsrpAttrType::talkerAdvertise:
       saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerAdvertiseRx()));
@@ -530,9 +479,9 @@ void MrpSm::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   }
 }
 
-void MrpSm::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+void MrpPduParser::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   if (static_cast<MvrpAttrType>(parsedAttribute.key().attributeType) != MvrpAttrType::vlanVector) return;
-  saveValueBytes(parsedAttribute, valueBytes(mrpLib_->mvrpVlanVectorRx()));
+  saveValueBytes(parsedAttribute, valueBytes(engine_.mrpLib()->mvrpVlanVectorRx()));
 }
 
 }  // namespace Mrp
