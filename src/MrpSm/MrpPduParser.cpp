@@ -41,13 +41,13 @@ MrpParseStatus malformed(MrpCounters& counters) {
 
 // An attribute type the application does not know, in a message whose
 // AttributeLength (0) matched it: counted and passed over.
-MrpParseStatus unidentifiedAttributeType(MrpSm& sm) {
-  const std::uint8_t type = sm.parseContext()->attributeType();
+MrpParseStatus unidentifiedAttributeType(const MrpParseContext& context, MrpCounters& counters) {
+  const std::uint8_t type = context.attributeType();
   MRP_TRACE(4, " ######## Unidentified attribute type = " << static_cast<unsigned>(type));
-  sm.mrpCounters()->numOfUnknownAttributeTypeInc();
+  counters.numOfUnknownAttributeTypeInc();
   char text[kLogTextOctets];
   std::snprintf(text, sizeof text, "Unidentified attribute type %d received on %s", type,
-                sm.parseContext()->intfId().name().c_str());
+                context.intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
   return kContinue;
 }
@@ -84,20 +84,26 @@ void saveValueBytes(MrpParsedAttribute& parsedAttribute, std::span<const std::ui
 
 }  // namespace
 
+// Inline: asked for every value, and the library's own calls would go
+// through its symbol table otherwise.
+inline bool MrpPduParser::collecting() const { return !frame_.recycledPkt() && !config_.mrpFlooding(); }
+
+inline bool MrpPduParser::collectsRuns() const { return collecting() && frame_.collectsRuns(); }
+
 MrpParseStatus MrpPduParser::parseEndedEarly(const char* what) {
   MRP_TRACE(4, " ######## MRPDU ends inside its " << what);
   frame_.parseEndedEarlyIs(true);
-  return malformed(*engine_.mrpCounters());
+  return malformed(counters_);
 }
 
 MrpParseStatus MrpPduParser::packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft) {
-  engine_.parseContext()->attributeListBytesLeftIs(0);
+  context_.attributeListBytesLeftIs(0);
   char text[kLogTextOctets];
   std::snprintf(text, sizeof text, "Number of values %d does not match with the packet bytes %d received on %s",
                 static_cast<int>(packedOctets), static_cast<int>(bytesLeft),
-                engine_.parseContext()->intfId().name().c_str());
+                context_.intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
-  return malformed(*engine_.mrpCounters());
+  return malformed(counters_);
 }
 
 void MrpPduParser::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
@@ -111,7 +117,7 @@ void MrpPduParser::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
       MRP_TRACE(4, "MRPDU protocol version" << static_cast<unsigned>(version)
                                             << " is greater than the current supported version ");
       frame_.futureProtocolVersionIs(true);
-      engine_.mrpCounters()->numOfIncorrectPduVersionInc();
+      counters_.numOfIncorrectPduVersionInc();
     }
     while (in.bytesLeft() > 0 && status == kContinue) status = parseMessage(pkt);
   } else {
@@ -124,19 +130,18 @@ void MrpPduParser::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
 
 MrpParseStatus MrpPduParser::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *engine_.parseContext();
   std::uint8_t type = 0;
   std::uint8_t length = 0;
   if (!in.readU8(type) || !in.readU8(length)) return parseEndedEarly("message header");
-  context.attributeTypeIs(type);
-  context.attributeLengthIs(length);
-  const MrpApplication application = engine_.mrpLib()->application();
+  context_.attributeTypeIs(type);
+  context_.attributeLengthIs(length);
+  const MrpApplication application = lib_.application();
   if (application == MrpApplication::msrp) {
     std::uint16_t listLength = 0;
     if (!in.readU16(listLength)) return parseEndedEarly("AttributeListLength");
-    context.attributeListBytesLeftIs(listLength);
+    context_.attributeListBytesLeftIs(listLength);
     MRP_TRACE(8, "AttributeListLength = " << listLength);
-    if (listLength == 0) return malformed(*engine_.mrpCounters());
+    if (listLength == 0) return malformed(counters_);
   }
   if (mrpSizeOfAttribute(type, static_cast<std::uint8_t>(application)) == length) {
     const MrpParseStatus status = parseAttributeList(pkt);
@@ -145,7 +150,7 @@ MrpParseStatus MrpPduParser::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
     MRP_TRACE(
         4, " ######## Invalid attribute length = " << static_cast<unsigned>(length)
                                                    << " or Invalid attribute type = " << static_cast<unsigned>(type));
-    if (!frame_.futureProtocolVersion()) return malformed(*engine_.mrpCounters());
+    if (!frame_.futureProtocolVersion()) return malformed(counters_);
     skipMessageDueToFutureProtocolVersion(pkt);
     if (frame_.parseEndedEarly()) return kMalformed;
   }
@@ -158,10 +163,9 @@ MrpParseStatus MrpPduParser::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
 void MrpPduParser::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MRP_TRACE(8, "void Mrp::MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>&)");
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *engine_.parseContext();
-  switch (engine_.mrpLib()->application()) {
+  switch (lib_.application()) {
     case MrpApplication::msrp:
-      if (!in.skip(context.attributeListBytesLeft())) parseEndedEarly("AttributeList");
+      if (!in.skip(context_.attributeListBytesLeft())) parseEndedEarly("AttributeList");
       return;
     case MrpApplication::mvrp:
       break;
@@ -179,7 +183,7 @@ void MrpPduParser::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::
     const std::uint16_t numberOfValues = word & kMrpNumberOfValuesMask;
     // Sizes are taken modulo 256, deliberately: a vector of 256 octets or
     // more is skipped short and the rest is read as vectors.
-    auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context.attributeLength() +
+    auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context_.attributeLength() +
                                           kMrpVectorHeaderOctets);
     if (skip > in.bytesLeft()) skip = static_cast<std::uint8_t>(in.bytesLeft());
     // A step of 0 leaves the same word at the head: the message ends there
@@ -213,11 +217,10 @@ MrpParseStatus MrpPduParser::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt
     }
     if (status != kContinue || in.bytesLeft() <= kMrpEndMarkOctets) break;
   }
-  if (!listEnded) return malformed(*engine_.mrpCounters());
+  if (!listEnded) return malformed(counters_);
   // An MSRP list must come out at exactly its EndMark's own two octets.
-  if (engine_.mrpLib()->application() == MrpApplication::msrp &&
-      engine_.parseContext()->attributeListBytesLeft() != kMrpEndMarkOctets) {
-    return malformed(*engine_.mrpCounters());
+  if (lib_.application() == MrpApplication::msrp && context_.attributeListBytesLeft() != kMrpEndMarkOctets) {
+    return malformed(counters_);
   }
   in.skip(kMrpEndMarkOctets);
   return status;
@@ -225,43 +228,41 @@ MrpParseStatus MrpPduParser::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt
 
 MrpParseStatus MrpPduParser::parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *engine_.parseContext();
   std::uint16_t header = 0;
   if (!in.peekU16(header)) return parseEndedEarly("VectorHeader");
   const std::uint16_t numberOfValues = header & kMrpNumberOfValuesMask;
   if ((header & kMrpLeaveAllBit) == 0) {
     if (numberOfValues == 0) {
-      context.attributeListBytesLeftIs(0);
-      return malformed(*engine_.mrpCounters());
+      context_.attributeListBytesLeftIs(0);
+      return malformed(counters_);
     }
-    context.leaveAllIs(0);
+    context_.leaveAllIs(0);
   } else {
-    MRP_TRACE(7, "leaveAllEvent is True for " << context.intfId());
+    MRP_TRACE(7, "leaveAllEvent is True for " << context_.intfId());
     MRP_TRACE(7, " leaveAllEvent is True");
-    context.leaveAllIs(1);
-    if (!frame_.recycledPkt()) frame_.mrpRxLeaveAllIs(context.attributeType(), true);
+    context_.leaveAllIs(1);
+    if (!frame_.recycledPkt()) frame_.mrpRxLeaveAllIs(context_.attributeType(), true);
   }
-  context.numberOfValuesIs(numberOfValues);
+  context_.numberOfValuesIs(numberOfValues);
   in.skip(kMrpVectorHeaderOctets);
-  switch (engine_.mrpLib()->application()) {
+  switch (lib_.application()) {
     case MrpApplication::msrp:
       return parseMsrpVector(pkt);
     case MrpApplication::mvrp:
       return parseMvrpVector(pkt);
   }
-  MRP_TRACE(4, "Application " << engine_.mrpLib()->application() << " not supported");
-  engine_.mrpCounters()->numOfUnknownApplicationInc();
+  MRP_TRACE(4, "Application " << lib_.application() << " not supported");
+  counters_.numOfUnknownApplicationInc();
   return kContinue;
 }
 
 MrpParseStatus MrpPduParser::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpLib& lib = *engine_.mrpLib();
-  switch (static_cast<MsrpAttrType>(engine_.parseContext()->attributeType())) {
+  switch (static_cast<MsrpAttrType>(context_.attributeType())) {
     case MsrpAttrType::talkerAdvertise: {
       const std::optional<MsrpTalkerAdvertiseAttribute> talker = parseTalkerAdvertise(pkt);
       if (!talker) return parseEndedEarly("Talker Advertise FirstValue");
-      lib.msrpTalkerAdvertiseRx() = *talker;
+      lib_.msrpTalkerAdvertiseRx() = *talker;
       return parseThreePackedEvents(pkt);
     }
     case MsrpAttrType::talkerFailed: {
@@ -271,7 +272,7 @@ MrpParseStatus MrpPduParser::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
       if (!talker || !in.readU64(bridgeId) || !in.readU8(failureCode)) {
         return parseEndedEarly("Talker Failed FirstValue");
       }
-      MsrpTalkerFailedAttribute& failed = lib.msrpTalkerFailedRx();
+      MsrpTalkerFailedAttribute& failed = lib_.msrpTalkerFailedRx();
       failed.talkerAdvertiseAttributeIs(*talker);
       failed.failureInformationIs(FailureInformation(bridgeId, failureCode));
       MRP_TRACE(8, " TalkerFailedAttribute = " << failed);
@@ -280,7 +281,7 @@ MrpParseStatus MrpPduParser::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
     case MsrpAttrType::listenerVector: {
       std::uint64_t streamId = 0;
       if (!in.readU64(streamId)) return parseEndedEarly("Listener FirstValue");
-      lib.msrpListenerVectorRx().streamIdIs(streamId);
+      lib_.msrpListenerVectorRx().streamIdIs(streamId);
       MRP_TRACE(8, " ListenerVector stream Id =0x " << std::hex << streamId);
       return parseThreeFourPackedEvents(pkt);
     }
@@ -291,34 +292,33 @@ MrpParseStatus MrpPduParser::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
       if (!in.readU8(srClassId) || !in.readU8(srClassPriority) || !in.readU16(srClassVID)) {
         return parseEndedEarly("Domain FirstValue");
       }
-      lib.msrpDomainVectorRx() = MsrpDomainAttribute(srClassId, srClassPriority, srClassVID);
+      lib_.msrpDomainVectorRx() = MsrpDomainAttribute(srClassId, srClassPriority, srClassVID);
       MRP_TRACE(8, "DomainVector stream Id = " << static_cast<unsigned>(srClassId));
       return parseThreePackedEvents(pkt);
     }
     case MsrpAttrType::invalidAttribute:
       break;
   }
-  return unidentifiedAttributeType(engine_);
+  return unidentifiedAttributeType(context_, counters_);
 }
 
 MrpParseStatus MrpPduParser::parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
-  if (static_cast<MvrpAttrType>(engine_.parseContext()->attributeType()) != MvrpAttrType::vlanVector) {
-    return unidentifiedAttributeType(engine_);
+  if (static_cast<MvrpAttrType>(context_.attributeType()) != MvrpAttrType::vlanVector) {
+    return unidentifiedAttributeType(context_, counters_);
   }
   MrpPduReader in(*pkt);
   std::uint16_t vlanId = 0;
   if (!in.readU16(vlanId)) return parseEndedEarly("VLAN FirstValue");
-  engine_.mrpLib()->mvrpVlanVectorRx().vlanIdIs(vlanId);
+  lib_.mvrpVlanVectorRx().vlanIdIs(vlanId);
   MRP_TRACE(8, "VlanVector vlanId = " << vlanId);
   return parseThreePackedEvents(pkt);
 }
 
 MrpParseStatus MrpPduParser::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *engine_.parseContext();
-  const std::uint16_t numberOfValues = context.numberOfValues();
+  const std::uint16_t numberOfValues = context_.numberOfValues();
   const std::uint16_t packedOctets = mrpThreePackedOctets(numberOfValues);
-  if (numberOfValues == 0) noteValuelessVector(context);
+  if (numberOfValues == 0) noteValuelessVector(context_);
   std::span<const std::uint8_t> packed;
   if (!in.peekBytes(packedOctets, packed)) return packedEventsTooLong(packedOctets, in.bytesLeft());
   const bool collected = numberOfValues > 0 && collectsRuns() && [&] {
@@ -336,19 +336,18 @@ MrpParseStatus MrpPduParser::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>&
       }
     }
   }
-  context.attributeListBytesLeftDec(
-      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context.attributeLength() + packedOctets));
+  context_.attributeListBytesLeftDec(
+      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context_.attributeLength() + packedOctets));
   in.skip(packedOctets);
   return kContinue;
 }
 
 MrpParseStatus MrpPduParser::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *engine_.parseContext();
-  const std::uint16_t numberOfValues = context.numberOfValues();
+  const std::uint16_t numberOfValues = context_.numberOfValues();
   if (numberOfValues == 0) {
-    noteValuelessVector(context);
-    context.attributeListBytesLeftDec(static_cast<std::uint16_t>(context.attributeLength() + kMrpVectorHeaderOctets));
+    noteValuelessVector(context_);
+    context_.attributeListBytesLeftDec(static_cast<std::uint16_t>(context_.attributeLength() + kMrpVectorHeaderOctets));
     return kContinue;
   }
   const std::uint16_t threePacked = mrpThreePackedOctets(numberOfValues);
@@ -374,12 +373,12 @@ MrpParseStatus MrpPduParser::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::P
       }
     }
   }
-  MRP_TRACE(8, " attributeListBytesLeft before accounting this vector =" << context.attributeListBytesLeft());
-  context.attributeListBytesLeftDec(
-      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context.attributeLength() + packedOctets));
+  MRP_TRACE(8, " attributeListBytesLeft before accounting this vector =" << context_.attributeListBytesLeft());
+  context_.attributeListBytesLeftDec(
+      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context_.attributeLength() + packedOctets));
   in.skip(packedOctets);
   MRP_TRACE(8, packedOctets << "  bytes deleted that are three packed and 4 packed");
-  MRP_TRACE(8, " attributeListBytesLeft " << context.attributeListBytesLeft());
+  MRP_TRACE(8, " attributeListBytesLeft " << context_.attributeListBytesLeft());
   return kContinue;
 }
 
@@ -391,17 +390,16 @@ void MrpPduParser::processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, s
     parseEndedEarly("FourPackedEvents");
     return;
   }
-  engine_.mrpLib()->msrpListenerVectorRx().listenerEventIs(
+  lib_.msrpListenerVectorRx().listenerEventIs(
       static_cast<MsrpListenerEvent>(mrpUnpackFourPacked(octet, valueIndex % 4u)));
   processMrpEvent(event, valueIndex);
 }
 
 void MrpPduParser::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
-  MrpParseContext& context = *engine_.parseContext();
-  engine_.mrpLib()->mrpValueFromFirstValue(valueIndex);
-  context.attributeKeyIs(engine_.mrpGetRxAttributeKey());
-  context.attributeEventIs(event);
-  context.eventsCounterInc(1);
+  lib_.mrpValueFromFirstValue(valueIndex);
+  context_.attributeKeyIs(engine_.mrpGetRxAttributeKey());
+  context_.attributeEventIs(event);
+  context_.eventsCounterInc(1);
   if (!collecting()) {
     MRP_TRACE(8, "Recycled Pkt. Returning after parsing");
     return;
@@ -409,17 +407,12 @@ void MrpPduParser::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex)
   saveParsedMrpAttribute();
 }
 
-bool MrpPduParser::collecting() const { return !frame_.recycledPkt() && !engine_.mrpConfig()->mrpFlooding(); }
-
-bool MrpPduParser::collectsRuns() const { return collecting() && frame_.collectsRuns(); }
-
 bool MrpPduParser::collectRun() {
-  MrpParseContext& context = *engine_.parseContext();
-  const std::uint8_t type = context.attributeType();
+  const std::uint8_t type = context_.attributeType();
   const std::uint64_t firstKey = engine_.mrpGetRxAttributeKey();
   const std::size_t count = vectorEvents_.size();
   bool taken = false;
-  withReceiveField(*engine_.mrpLib(), type, [&](auto& received) {
+  withReceiveField(lib_, type, [&](auto& received) {
     if (!frame_.collectRun(type, valueBytes(received), firstKey, mrpKeyLimitOf(received), vectorEvents_,
                            vectorDeclarations_)) {
       return;
@@ -432,24 +425,23 @@ bool MrpPduParser::collectRun() {
     }
   });
   if (!taken) return false;
-  context.attributeKeyIs(firstKey + count - 1);
-  context.attributeEventIs(vectorEvents_.back());
-  context.eventsCounterInc(static_cast<std::uint32_t>(count));
+  context_.attributeKeyIs(firstKey + count - 1);
+  context_.attributeEventIs(vectorEvents_.back());
+  context_.eventsCounterInc(static_cast<std::uint32_t>(count));
   return true;
 }
 
 void MrpPduParser::saveParsedMrpAttribute() {
-  const MrpParseContext& context = *engine_.parseContext();
-  const MrpParsedAttributeKey key{context.attributeType(), context.attributeKey()};
+  const MrpParsedAttributeKey key{context_.attributeType(), context_.attributeKey()};
   Quarn::Ptr<MrpParsedAttribute> parsedAttribute = frame_.mrpParsedAttributeIs(key);
   // A later occurrence in the frame overwrites the event and the value.
-  parsedAttribute->attributeEventIs(context.attributeEvent());
+  parsedAttribute->attributeEventIs(context_.attributeEvent());
   saveParsedMrpAttributeValue(*parsedAttribute);
   frame_.parsedKeyEnq(key);
 }
 
 void MrpPduParser::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
-  switch (engine_.mrpLib()->application()) {
+  switch (lib_.application()) {
     case MrpApplication::msrp:
       saveParsedMsrpAttributeValue(parsedAttribute);
       return;
@@ -460,19 +452,18 @@ void MrpPduParser::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribu
 }
 
 void MrpPduParser::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
-  MrpLib& lib = *engine_.mrpLib();
   switch (static_cast<MsrpAttrType>(parsedAttribute.key().attributeType)) {
     case MsrpAttrType::talkerAdvertise:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerAdvertiseRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpTalkerAdvertiseRx()));
       return;
     case MsrpAttrType::talkerFailed:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerFailedRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpTalkerFailedRx()));
       return;
     case MsrpAttrType::listenerVector:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpListenerVectorRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpListenerVectorRx()));
       return;
     case MsrpAttrType::domainVector:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpDomainVectorRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpDomainVectorRx()));
       return;
     case MsrpAttrType::invalidAttribute:
       return;
@@ -481,7 +472,7 @@ void MrpPduParser::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttrib
 
 void MrpPduParser::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   if (static_cast<MvrpAttrType>(parsedAttribute.key().attributeType) != MvrpAttrType::vlanVector) return;
-  saveValueBytes(parsedAttribute, valueBytes(engine_.mrpLib()->mvrpVlanVectorRx()));
+  saveValueBytes(parsedAttribute, valueBytes(lib_.mvrpVlanVectorRx()));
 }
 
 }  // namespace Mrp

@@ -11,6 +11,10 @@
 
 namespace Mrp {
 
+class MrpConfig;
+class MrpCounters;
+class MrpLib;
+class MrpParseContext;
 class MrpReceivedFrame;
 class MrpSm;
 
@@ -21,7 +25,10 @@ class MrpSm;
 // traced; a malformed PDU keeps what it collected before.
 class MrpPduParser {
  public:
-  MrpPduParser(MrpSm& engine, MrpReceivedFrame& frame) : engine_(engine), frame_(frame) {}
+  // For the engine's active life: its parse context and counters exist.
+  MrpPduParser(MrpSm& engine, MrpReceivedFrame& frame, MrpLib& lib, const MrpConfig& config, MrpParseContext& context,
+               MrpCounters& counters)
+      : engine_(engine), frame_(frame), lib_(lib), config_(config), context_(context), counters_(counters) {}
   MrpPduParser(const MrpPduParser&) = delete;
   MrpPduParser& operator=(const MrpPduParser&) = delete;
 
@@ -68,8 +75,14 @@ class MrpPduParser {
   // its last value would; false when its keys would repeat.
   bool collectRun();
 
+  // The engine keys the values; the rest is held directly, as it is read
+  // for every value.
   MrpSm& engine_;
   MrpReceivedFrame& frame_;
+  MrpLib& lib_;
+  const MrpConfig& config_;
+  MrpParseContext& context_;
+  MrpCounters& counters_;
   // One vector's events and Listener declarations while it is collected;
   // kept from vector to vector so that steady traffic does not allocate.
   std::vector<std::uint8_t> vectorEvents_;

@@ -156,32 +156,32 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // Parses one MRPDU in place from the packet's head (the ProtocolVersion
   // octet), collecting every value through processMrpEvent. Faults are
   // counted and traced; a malformed PDU keeps what it collected before.
-  void parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) { pduParser_.parseMrpdu(pkt); }
-  MrpParseStatus parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_.parseMessage(pkt); }
+  void parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) { pduParser_->parseMrpdu(pkt); }
+  MrpParseStatus parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseMessage(pkt); }
   void skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
-    pduParser_.skipMessageDueToFutureProtocolVersion(pkt);
+    pduParser_->skipMessageDueToFutureProtocolVersion(pkt);
   }
-  MrpParseStatus parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_.parseAttributeList(pkt); }
+  MrpParseStatus parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseAttributeList(pkt); }
   MrpParseStatus parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
-    return pduParser_.parseVectorAttribute(pkt);
+    return pduParser_->parseVectorAttribute(pkt);
   }
-  MrpParseStatus parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_.parseMsrpVector(pkt); }
-  MrpParseStatus parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_.parseMvrpVector(pkt); }
+  MrpParseStatus parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseMsrpVector(pkt); }
+  MrpParseStatus parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseMvrpVector(pkt); }
   MrpParseStatus parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
-    return pduParser_.parseThreePackedEvents(pkt);
+    return pduParser_->parseThreePackedEvents(pkt);
   }
   MrpParseStatus parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
-    return pduParser_.parseThreeFourPackedEvents(pkt);
+    return pduParser_->parseThreeFourPackedEvents(pkt);
   }
   void processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event, std::uint16_t valueIndex,
                                  std::uint16_t threePackedOctets) {
-    pduParser_.processThreeAndFourPacked(pkt, event, valueIndex, threePackedOctets);
+    pduParser_->processThreeAndFourPacked(pkt, event, valueIndex, threePackedOctets);
   }
-  void processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) { pduParser_.processMrpEvent(event, valueIndex); }
-  void saveParsedMrpAttribute() { pduParser_.saveParsedMrpAttribute(); }
-  void saveParsedMrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_.saveParsedMrpAttributeValue(parsed); }
-  void saveParsedMsrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_.saveParsedMsrpAttributeValue(parsed); }
-  void saveParsedMvrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_.saveParsedMvrpAttributeValue(parsed); }
+  void processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) { pduParser_->processMrpEvent(event, valueIndex); }
+  void saveParsedMrpAttribute() { pduParser_->saveParsedMrpAttribute(); }
+  void saveParsedMrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_->saveParsedMrpAttributeValue(parsed); }
+  void saveParsedMsrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_->saveParsedMsrpAttributeValue(parsed); }
+  void saveParsedMvrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_->saveParsedMvrpAttributeValue(parsed); }
 
   // The received frame's collections, value by value.
   using ParsedKeyQueue = MrpReceivedFrame::KeyQueue;
@@ -431,7 +431,8 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   // ==== Received frame fields ====
   MrpReceivedFrame receivedFrame_{mrpLib_->application()};
-  MrpPduParser pduParser_{*this, receivedFrame_};
+  // Made with the parse context, when the engine leaves standby.
+  std::optional<MrpPduParser> pduParser_;
   // ==== end of received frame fields ====
 
   void processParsedRuns(const Velo::IntfId& intfId);
