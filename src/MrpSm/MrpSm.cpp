@@ -37,6 +37,7 @@ MrpSm::~MrpSm() {
   applicantSm_ = nullptr;
   registrarSm_ = nullptr;
   leaveAllSm_ = nullptr;
+  pduParser_.reset();
   parseContext_ = nullptr;
   mrpCounters_ = nullptr;
   mrpParsedAttributeDelAll();
@@ -66,6 +67,7 @@ void MrpSm::handleStandbyMode() {
   doInitializeCounters();
   parseContext_ = new MrpParseContext("MrpParseContext");
   parseContext_->eventsCounterIs(0);
+  pduParser_.emplace(*this, receivedFrame_, *mrpLib_, *mrpConfig_, *parseContext_, *mrpCounters_);
   Quarn::Ptr<Quarn::Clock> clock = Quarn::System::clockPtr();
   timerWheel_ = new Brisk::TimerWheel(clock, kTickMsecs, kInitialMaxTicks, kPreserveOrder, kDefaultBucketSize);
   mrpAttrLogSm_ = new MrpAttrLogSm(attrLogOutput());

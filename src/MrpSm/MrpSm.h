@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -26,8 +25,8 @@
 #include "MrpSm/MrpLeaveAllSm.h"
 #include "MrpSm/MrpLib.h"
 #include "MrpSm/MrpPamSm.h"
-#include "MrpSm/MrpParsedAttributeTable.h"
-#include "MrpSm/MrpParsedRuns.h"
+#include "MrpSm/MrpPduParser.h"
+#include "MrpSm/MrpReceivedFrame.h"
 #include "MrpSm/MrpRegistrarSm.h"
 #include "MrpSm/MrpPortRoles.h"
 #include "MrpSm/MrpSmRecords.h"
@@ -41,7 +40,6 @@
 #include "interface/EthDevPamCollection.h"
 #include "interface/EthDevPamManager.h"
 #include "interface/PamDesiredIntfDir.h"
-#include "quarn/IndexedFifo.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
 #include "stp/MstiPortStatus.h"
@@ -111,15 +109,8 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   std::uint8_t maxAttrTypes() const { return maxAttrTypes_; }
   static std::uint8_t maxAttrTypesOf(MrpApplication application);
 
-  bool recycledPkt() const { return recycledPkt_; }
-  void recycledPktIs(bool recycled) { recycledPkt_ = recycled; }
   // The MRP protocol version this engine parses and writes.
   std::uint8_t protocolVersion() const { return protocolVersion_; }
-
-  // Attribute types whose received vectors carried a LeaveAll.
-  const std::map<std::uint8_t, bool>& mrpRxLeaveAll() const { return mrpRxLeaveAll_; }
-  void mrpRxLeaveAllIs(std::uint8_t attributeType, bool leaveAll) { mrpRxLeaveAll_[attributeType] = leaveAll; }
-  void mrpRxLeaveAllDelAll() { mrpRxLeaveAll_.clear(); }
 
   // ==== Spanning-tree port roles ====
   // A forwarding port that becomes alternate flushes its registrations
@@ -144,106 +135,75 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   std::uint64_t mvrpGetTxAttributeKey() const;
   std::uint64_t mvrpGetRxAttributeKey() const;
 
-  // ==== Receive parser (MrpSmParse.cpp) ====
+  // ==== Received frame and its parser (MrpReceivedFrame, MrpPduParser) ====
+  // What the parser collected from the current frame for the dispatch.
+  const MrpReceivedFrame& receivedFrame() const { return receivedFrame_; }
+  MrpReceivedFrame& receivedFrame() { return receivedFrame_; }
+
   // Parses one MRPDU in place from the packet's head (the ProtocolVersion
-  // octet), dispatching every value through processMrpEvent. Faults are
-  // counted and traced; a malformed PDU keeps what it dispatched before.
-  void parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt);
-  // The parse levels, each consuming what it reads from the packet's head.
-  MrpParseStatus parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt);
-  void skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt);
-  MrpParseStatus parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt);
-  MrpParseStatus parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt);
-  MrpParseStatus parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt);
-  MrpParseStatus parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt);
-  MrpParseStatus parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt);
-  MrpParseStatus parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt);
-  // The head is at the vector's first three-packed octet; the Listener
-  // declaration of `valueIndex` is read behind them without consuming it.
+  // octet), collecting every value through processMrpEvent. Faults are
+  // counted and traced; a malformed PDU keeps what it collected before.
+  void parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) { pduParser_->parseMrpdu(pkt); }
+  MrpParseStatus parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseMessage(pkt); }
+  void skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
+    pduParser_->skipMessageDueToFutureProtocolVersion(pkt);
+  }
+  MrpParseStatus parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseAttributeList(pkt); }
+  MrpParseStatus parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
+    return pduParser_->parseVectorAttribute(pkt);
+  }
+  MrpParseStatus parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseMsrpVector(pkt); }
+  MrpParseStatus parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) { return pduParser_->parseMvrpVector(pkt); }
+  MrpParseStatus parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+    return pduParser_->parseThreePackedEvents(pkt);
+  }
+  MrpParseStatus parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+    return pduParser_->parseThreeFourPackedEvents(pkt);
+  }
   void processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event, std::uint16_t valueIndex,
-                                 std::uint16_t threePackedOctets);
-
-  // One received value: derives it from the FirstValue, keys it, writes the
-  // parse context and collects it (unless recycled or flooding).
-  void processMrpEvent(std::uint8_t event, std::uint16_t valueIndex);
-  void saveParsedMrpAttribute();
-  void saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute);
-  void saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute);
-  void saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute);
-
-  // Set by parseMrpdu for a ProtocolVersion other than 0; the packet access
-  // clears it when it has handled the frame.
-  bool futureProtocolVersion() const { return futureProtocolVersion_; }
-  void futureProtocolVersionIs(bool future) { futureProtocolVersion_ = future; }
-
-  // The attributes collected from the current frame.
-  //
-  // The parser collects a frame vector by vector (MrpParsedRuns) as long as
-  // no key repeats; these accessors show the frame value by value, as the
-  // collections below, which they fill from the runs on first use.
-  const MrpParsedAttributeTable& mrpParsedAttributes() const {
-    materializeParsedRuns();
-    return mrpParsedAttribute_;
+                                 std::uint16_t threePackedOctets) {
+    pduParser_->processThreeAndFourPacked(pkt, event, valueIndex, threePackedOctets);
   }
+  void processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) { pduParser_->processMrpEvent(event, valueIndex); }
+  void saveParsedMrpAttribute() { pduParser_->saveParsedMrpAttribute(); }
+  void saveParsedMrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_->saveParsedMrpAttributeValue(parsed); }
+  void saveParsedMsrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_->saveParsedMsrpAttributeValue(parsed); }
+  void saveParsedMvrpAttributeValue(MrpParsedAttribute& parsed) { pduParser_->saveParsedMvrpAttributeValue(parsed); }
+
+  // The received frame's collections, value by value.
+  using ParsedKeyQueue = MrpReceivedFrame::KeyQueue;
+  const MrpParsedAttributeTable& mrpParsedAttributes() const { return receivedFrame_.mrpParsedAttributes(); }
   Quarn::Ptr<MrpParsedAttribute> mrpParsedAttribute(const MrpParsedAttributeKey& key) const {
-    materializeParsedRuns();
-    return mrpParsedAttribute_.find(key);
+    return receivedFrame_.mrpParsedAttribute(key);
   }
-  // Finds or creates.
   Quarn::Ptr<MrpParsedAttribute> mrpParsedAttributeIs(const MrpParsedAttributeKey& key) {
-    materializeParsedRuns();
-    return mrpParsedAttribute_.findOrCreate(key);
+    return receivedFrame_.mrpParsedAttributeIs(key);
   }
-  void mrpParsedAttributeDel(const MrpParsedAttributeKey& key) {
-    materializeParsedRuns();
-    mrpParsedAttribute_.erase(key);
-  }
-  void mrpParsedAttributeDelAll() {
-    materializeParsedRuns();
-    mrpParsedAttribute_.clear();
-  }
-
-  // Drops everything a parsed frame left for the dispatch (its runs,
-  // records, keys and LeaveAll marks) and the future-version mode: for a
-  // frame that is parsed but not dispatched.
-  void parseResultsDelAll();
-
-  // Keys in order of receipt, one entry per occurrence: MSRP Domain keys
-  // apart, every other key in mrpParsedAttributeKey.
-  using ParsedKeyQueue = Quarn::IndexedFifo<MrpParsedAttributeKey>;
-  const ParsedKeyQueue& mrpParsedAttributeKey() const {
-    materializeParsedRuns();
-    return mrpParsedAttributeKey_;
-  }
+  void mrpParsedAttributeDel(const MrpParsedAttributeKey& key) { receivedFrame_.mrpParsedAttributeDel(key); }
+  void mrpParsedAttributeDelAll() { receivedFrame_.mrpParsedAttributeDelAll(); }
+  const ParsedKeyQueue& mrpParsedAttributeKey() const { return receivedFrame_.mrpParsedAttributeKey(); }
   std::uint32_t mrpParsedAttributeKeyEnq(const MrpParsedAttributeKey& key) {
-    materializeParsedRuns();
-    return mrpParsedAttributeKey_.enq(key);
+    return receivedFrame_.mrpParsedAttributeKeyEnq(key);
   }
-  MrpParsedAttributeKey mrpParsedAttributeKeyDeq() {
-    materializeParsedRuns();
-    return mrpParsedAttributeKey_.deq();
-  }
-  void mrpParsedAttributeKeyDelAll() {
-    materializeParsedRuns();
-    mrpParsedAttributeKey_.delAll();
-  }
-  const ParsedKeyQueue& msrpParsedDomainKey() const {
-    materializeParsedRuns();
-    return msrpParsedDomainKey_;
-  }
+  MrpParsedAttributeKey mrpParsedAttributeKeyDeq() { return receivedFrame_.mrpParsedAttributeKeyDeq(); }
+  void mrpParsedAttributeKeyDelAll() { receivedFrame_.mrpParsedAttributeKeyDelAll(); }
+  const ParsedKeyQueue& msrpParsedDomainKey() const { return receivedFrame_.msrpParsedDomainKey(); }
   std::uint32_t msrpParsedDomainKeyEnq(const MrpParsedAttributeKey& key) {
-    materializeParsedRuns();
-    return msrpParsedDomainKey_.enq(key);
+    return receivedFrame_.msrpParsedDomainKeyEnq(key);
   }
-  MrpParsedAttributeKey msrpParsedDomainKeyDeq() {
-    materializeParsedRuns();
-    return msrpParsedDomainKey_.deq();
-  }
-  void msrpParsedDomainKeyDelAll() {
-    materializeParsedRuns();
-    msrpParsedDomainKey_.delAll();
-  }
-  // ==== end of receive parser ====
+  MrpParsedAttributeKey msrpParsedDomainKeyDeq() { return receivedFrame_.msrpParsedDomainKeyDeq(); }
+  void msrpParsedDomainKeyDelAll() { receivedFrame_.msrpParsedDomainKeyDelAll(); }
+  const std::map<std::uint8_t, bool>& mrpRxLeaveAll() const { return receivedFrame_.mrpRxLeaveAll(); }
+  void mrpRxLeaveAllIs(std::uint8_t type, bool leaveAll) { receivedFrame_.mrpRxLeaveAllIs(type, leaveAll); }
+  void mrpRxLeaveAllDel(std::uint8_t attributeType) { receivedFrame_.mrpRxLeaveAllDel(attributeType); }
+  void mrpRxLeaveAllDelAll() { receivedFrame_.mrpRxLeaveAllDelAll(); }
+  bool futureProtocolVersion() const { return receivedFrame_.futureProtocolVersion(); }
+  void futureProtocolVersionIs(bool future) { receivedFrame_.futureProtocolVersionIs(future); }
+  bool recycledPkt() const { return receivedFrame_.recycledPkt(); }
+  void recycledPktIs(bool recycled) { receivedFrame_.recycledPktIs(recycled); }
+  // For a frame that is parsed but not dispatched.
+  void parseResultsDelAll() { receivedFrame_.parseResultsDelAll(); }
+  // ==== end of received frame ====
 
   // ==== Attribute database and batched updates ====
   // The store with its pending additions and deletions and its index; the
@@ -421,56 +381,19 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   Quarn::Ptr<MrpRegistrarSm> registrarSm_;
   Quarn::Ptr<MrpLeaveAllSm> leaveAllSm_;
   std::uint8_t maxAttrTypes_ = 0;
-  bool recycledPkt_ = false;
   std::uint8_t protocolVersion_ = 0;
-  std::map<std::uint8_t, bool> mrpRxLeaveAll_;
   MrpAttributeStore attributeStore_;
 
-  // ==== Receive parser fields ====
-  // A parse step whose read would run past the frame: counts it once as
-  // malformed and marks the frame so that no level above counts it again.
-  MrpParseStatus parseEndedEarly(const char* what);
-  // The packed events of a vector reach past the frame: logged and counted,
-  // but the frame has not ended early: the attribute list still looks for
-  // its EndMark behind the vector's FirstValue, and counts again without it.
-  MrpParseStatus packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft);
+  // ==== Received frame fields ====
+  MrpReceivedFrame receivedFrame_{mrpLib_->application()};
+  // Made with the parse context, when the engine leaves standby.
+  std::optional<MrpPduParser> pduParser_;
+  // ==== end of received frame fields ====
 
-  bool futureProtocolVersion_ = false;
-  // Set while a frame is parsed once one of its reads ran past its end.
-  bool parseEndedEarly_ = false;
-  // The frame vector by vector, while no key repeats.
-  mutable MrpParsedRuns parsedRuns_;
-  // The frame value by value: filled from the runs when asked for or once a
-  // key repeats.
-  mutable MrpParsedAttributeTable mrpParsedAttribute_;
-  mutable ParsedKeyQueue mrpParsedAttributeKey_;
-  mutable ParsedKeyQueue msrpParsedDomainKey_;
-  // Off only for tests that compare with the value-by-value collection.
-  bool parsedRunsEnabled_ = true;
-  friend class MrpSmParsePeer;
-  // One vector's events and Listener declarations while it is collected.
-  std::vector<std::uint8_t> vectorEvents_;
-  std::vector<std::uint8_t> vectorDeclarations_;
-
-  // Whether the current vector may be collected as a run: the frame is
-  // collected at all and nothing of it is value by value yet.
-  bool collectsRuns() const;
-  // Collects the current vector, whose events (and declarations) are
-  // decoded, as a run, leaving the receive slot and the parse context as
-  // its last value would; false when its keys would repeat.
-  bool collectRun();
-  // Turns the runs into the value-by-value collections.
-  void materializeParsedRuns() const;
-  // The octets of the run's value `index`, as a parsed attribute saves them.
-  std::size_t parsedRunValue(const MrpParsedRuns::Run& run, std::size_t index,
-                             std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets>& octets) const;
-  // The event this frame carries for the attribute, if any.
-  std::optional<std::uint8_t> parsedEventOf(std::uint8_t attributeType, std::uint64_t key) const;
   void processParsedRuns(const Velo::IntfId& intfId);
   // Applicant, then registrar, for one received value made current.
   void processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
                           std::span<const std::uint8_t> octets);
-  // ==== end of receive parser fields ====
 
 };
 

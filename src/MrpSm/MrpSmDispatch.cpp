@@ -26,26 +26,26 @@ void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
   // One period for every type this frame restarts.
   const Quarn::Seconds period = getLeaveAllTime(*this, intfId);
   const Quarn::Seconds now = Quarn::System::currentTime();
-  while (!mrpRxLeaveAll_.empty()) {
-    const std::uint8_t attributeType = mrpRxLeaveAll_.begin()->first;
+  while (!receivedFrame_.mrpRxLeaveAll().empty()) {
+    const std::uint8_t attributeType = receivedFrame_.mrpRxLeaveAll().begin()->first;
     mrpProcessRxLeaveAll(intfId, attributeType);
     MRP_TRACE(7, " txLeaveAll repunched now = " << now << " at = " << now + period << " for type = "
                                                 << static_cast<unsigned>(attributeType) << " on intf = " << intfId);
     leaveAllSm_->mrpRestartLeaveAllTimer(intfId, attributeType, period);
-    mrpRxLeaveAll_.erase(attributeType);
+    receivedFrame_.mrpRxLeaveAllDel(attributeType);
   }
   mrpTransmitTxAttributes(intfId);
   // Domain attributes go first, so a talker is judged against the port's
   // current domain.
-  if (!parsedRuns_.empty()) {
+  if (!receivedFrame_.runs().empty()) {
     processParsedRuns(intfId);
     return;
   }
-  while (!msrpParsedDomainKey_.empty()) {
-    processParsedAttribute(msrpParsedDomainKey_.head(), intfId);
+  while (!receivedFrame_.msrpParsedDomainKey().empty()) {
+    processParsedAttribute(receivedFrame_.msrpParsedDomainKey().head(), intfId);
     msrpParsedDomainKeyDeq();
   }
-  while (!mrpParsedAttributeKey_.empty()) {
+  while (!receivedFrame_.mrpParsedAttributeKey().empty()) {
     const MrpParsedAttributeKey key = mrpParsedAttributeKeyDeq();
     processParsedAttribute(key, intfId);
     mrpParsedAttributeDel(key);
@@ -60,17 +60,17 @@ void MrpSm::processParsedRuns(const Velo::IntfId& intfId) {
   std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
   const bool msrp = mrpLib_->application() == MrpApplication::msrp;
   for (const bool domains : {true, false}) {
-    for (const MrpParsedRuns::Run& run : parsedRuns_.runs()) {
+    for (const MrpParsedRuns::Run& run : receivedFrame_.runs().runs()) {
       const bool domain = msrp && static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
       if (domain != domains) continue;
       for (std::size_t i = 0; i < run.count; ++i) {
-        const std::size_t size = parsedRunValue(run, i, octets);
-        processParsedValue(intfId, {run.attributeType, run.firstKey + i}, parsedRuns_.event(run, i),
+        const std::size_t size = receivedFrame_.parsedRunValue(run, i, octets);
+        processParsedValue(intfId, {run.attributeType, run.firstKey + i}, receivedFrame_.runs().event(run, i),
                            std::span(octets.data(), size));
       }
     }
   }
-  parsedRuns_.clear();
+  receivedFrame_.runsDelAll();
 }
 
 void MrpSm::processParsedAttribute(const MrpParsedAttributeKey& key, const Velo::IntfId& intfId) {
@@ -108,7 +108,7 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
     // The applicant answers as if the registrar already held what this
     // frame declares for the attribute.
     MrpRegistrarState lookAhead = MrpRegistrarState::mt;
-    if (const std::optional<std::uint8_t> received = parsedEventOf(attributeType, key)) {
+    if (const std::optional<std::uint8_t> received = receivedFrame_.parsedEventOf(attributeType, key)) {
       const MrpRegistrarEvent event = MrpRegistrarSm::mrpMapRxRegistrarEvent(*received);
       if (event < MrpRegistrarEvent::rLv) lookAhead = MrpRegistrarState::in;
     }

@@ -1,3 +1,5 @@
+#include "MrpSm/MrpPduParser.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <type_traits>
@@ -8,6 +10,7 @@
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
 #include "MrpSm/MrpPduReader.h"
+#include "MrpSm/MrpReceivedFrame.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmLog.h"
 #include "MrpSm/MrpSmTrace.h"
@@ -38,13 +41,13 @@ MrpParseStatus malformed(MrpCounters& counters) {
 
 // An attribute type the application does not know, in a message whose
 // AttributeLength (0) matched it: counted and passed over.
-MrpParseStatus unidentifiedAttributeType(MrpSm& sm) {
-  const std::uint8_t type = sm.parseContext()->attributeType();
+MrpParseStatus unidentifiedAttributeType(const MrpParseContext& context, MrpCounters& counters) {
+  const std::uint8_t type = context.attributeType();
   MRP_TRACE(4, " ######## Unidentified attribute type = " << static_cast<unsigned>(type));
-  sm.mrpCounters()->numOfUnknownAttributeTypeInc();
+  counters.numOfUnknownAttributeTypeInc();
   char text[kLogTextOctets];
   std::snprintf(text, sizeof text, "Unidentified attribute type %d received on %s", type,
-                sm.parseContext()->intfId().name().c_str());
+                context.intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
   return kContinue;
 }
@@ -81,58 +84,64 @@ void saveValueBytes(MrpParsedAttribute& parsedAttribute, std::span<const std::ui
 
 }  // namespace
 
-MrpParseStatus MrpSm::parseEndedEarly(const char* what) {
+// Inline: asked for every value, and the library's own calls would go
+// through its symbol table otherwise.
+inline bool MrpPduParser::collecting() const { return !frame_.recycledPkt() && !config_.mrpFlooding(); }
+
+inline bool MrpPduParser::collectsRuns() const { return collecting() && frame_.collectsRuns(); }
+
+MrpParseStatus MrpPduParser::parseEndedEarly(const char* what) {
   MRP_TRACE(4, " ######## MRPDU ends inside its " << what);
-  parseEndedEarly_ = true;
-  return malformed(*mrpCounters_);
+  frame_.parseEndedEarlyIs(true);
+  return malformed(counters_);
 }
 
-MrpParseStatus MrpSm::packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft) {
-  parseContext_->attributeListBytesLeftIs(0);
+MrpParseStatus MrpPduParser::packedEventsTooLong(std::size_t packedOctets, std::size_t bytesLeft) {
+  context_.attributeListBytesLeftIs(0);
   char text[kLogTextOctets];
   std::snprintf(text, sizeof text, "Number of values %d does not match with the packet bytes %d received on %s",
-                static_cast<int>(packedOctets), static_cast<int>(bytesLeft), parseContext_->intfId().name().c_str());
+                static_cast<int>(packedOctets), static_cast<int>(bytesLeft),
+                context_.intfId().name().c_str());
   Quarn::log(MRP_ERROR, text);
-  return malformed(*mrpCounters_);
+  return malformed(counters_);
 }
 
-void MrpSm::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
+void MrpPduParser::parseMrpdu(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
   MRP_TRACE(8, "parseMrpdu payload= " << in.bytesLeft() << " bytes! ");
-  parseEndedEarly_ = false;
+  frame_.parseEndedEarlyIs(false);
   MrpParseStatus status = kContinue;
   std::uint8_t version = 0;
   if (in.readU8(version)) {
-    if (version != protocolVersion_) {
+    if (version != engine_.protocolVersion()) {
       MRP_TRACE(4, "MRPDU protocol version" << static_cast<unsigned>(version)
                                             << " is greater than the current supported version ");
-      futureProtocolVersion_ = true;
-      mrpCounters_->numOfIncorrectPduVersionInc();
+      frame_.futureProtocolVersionIs(true);
+      counters_.numOfIncorrectPduVersionInc();
     }
     while (in.bytesLeft() > 0 && status == kContinue) status = parseMessage(pkt);
   } else {
     status = parseEndedEarly("ProtocolVersion");
   }
-  recycledPkt_ = false;
+  frame_.recycledPktIs(false);
   MRP_TRACE(8, "End of Mark/End of Packet reached, coming out \n");
   MRP_TRACE(8, "parse status = " << status);
 }
 
-MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
   std::uint8_t type = 0;
   std::uint8_t length = 0;
   if (!in.readU8(type) || !in.readU8(length)) return parseEndedEarly("message header");
-  context.attributeTypeIs(type);
-  context.attributeLengthIs(length);
-  const MrpApplication application = mrpLib_->application();
+  context_.attributeTypeIs(type);
+  context_.attributeLengthIs(length);
+  const MrpApplication application = lib_.application();
   if (application == MrpApplication::msrp) {
     std::uint16_t listLength = 0;
     if (!in.readU16(listLength)) return parseEndedEarly("AttributeListLength");
-    context.attributeListBytesLeftIs(listLength);
+    context_.attributeListBytesLeftIs(listLength);
     MRP_TRACE(8, "AttributeListLength = " << listLength);
-    if (listLength == 0) return malformed(*mrpCounters_);
+    if (listLength == 0) return malformed(counters_);
   }
   if (mrpSizeOfAttribute(type, static_cast<std::uint8_t>(application)) == length) {
     const MrpParseStatus status = parseAttributeList(pkt);
@@ -141,9 +150,9 @@ MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
     MRP_TRACE(
         4, " ######## Invalid attribute length = " << static_cast<unsigned>(length)
                                                    << " or Invalid attribute type = " << static_cast<unsigned>(type));
-    if (!futureProtocolVersion_) return malformed(*mrpCounters_);
+    if (!frame_.futureProtocolVersion()) return malformed(counters_);
     skipMessageDueToFutureProtocolVersion(pkt);
-    if (parseEndedEarly_) return kMalformed;
+    if (frame_.parseEndedEarly()) return kMalformed;
   }
   // The PDU's EndMark is recognised, not consumed: padding behind it is never read.
   std::uint16_t next = 0;
@@ -151,13 +160,12 @@ MrpParseStatus MrpSm::parseMessage(const Quarn::Ptr<Velo::Pkt>& pkt) {
   return next == 0 ? kEndOfPdu : kContinue;
 }
 
-void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
+void MrpPduParser::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MRP_TRACE(8, "void Mrp::MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>&)");
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
-  switch (mrpLib_->application()) {
+  switch (lib_.application()) {
     case MrpApplication::msrp:
-      if (!in.skip(context.attributeListBytesLeft())) parseEndedEarly("AttributeList");
+      if (!in.skip(context_.attributeListBytesLeft())) parseEndedEarly("AttributeList");
       return;
     case MrpApplication::mvrp:
       break;
@@ -175,7 +183,7 @@ void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& p
     const std::uint16_t numberOfValues = word & kMrpNumberOfValuesMask;
     // Sizes are taken modulo 256, deliberately: a vector of 256 octets or
     // more is skipped short and the rest is read as vectors.
-    auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context.attributeLength() +
+    auto skip = static_cast<std::uint8_t>(mrpThreePackedOctets(numberOfValues) + context_.attributeLength() +
                                           kMrpVectorHeaderOctets);
     if (skip > in.bytesLeft()) skip = static_cast<std::uint8_t>(in.bytesLeft());
     // A step of 0 leaves the same word at the head: the message ends there
@@ -194,13 +202,13 @@ void MrpSm::skipMessageDueToFutureProtocolVersion(const Quarn::Ptr<Velo::Pkt>& p
   in.skip(kMrpEndMarkOctets);
 }
 
-MrpParseStatus MrpSm::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
   MrpParseStatus status = kContinue;
   bool listEnded = false;
   for (;;) {
     status = parseVectorAttribute(pkt);
-    if (parseEndedEarly_) return kMalformed;
+    if (frame_.parseEndedEarly()) return kMalformed;
     std::uint16_t next = 0;
     if (!in.peekU16(next)) return parseEndedEarly("EndMark");
     if (next == 0) {
@@ -209,54 +217,52 @@ MrpParseStatus MrpSm::parseAttributeList(const Quarn::Ptr<Velo::Pkt>& pkt) {
     }
     if (status != kContinue || in.bytesLeft() <= kMrpEndMarkOctets) break;
   }
-  if (!listEnded) return malformed(*mrpCounters_);
+  if (!listEnded) return malformed(counters_);
   // An MSRP list must come out at exactly its EndMark's own two octets.
-  if (mrpLib_->application() == MrpApplication::msrp && parseContext_->attributeListBytesLeft() != kMrpEndMarkOctets) {
-    return malformed(*mrpCounters_);
+  if (lib_.application() == MrpApplication::msrp && context_.attributeListBytesLeft() != kMrpEndMarkOctets) {
+    return malformed(counters_);
   }
   in.skip(kMrpEndMarkOctets);
   return status;
 }
 
-MrpParseStatus MrpSm::parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseVectorAttribute(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
   std::uint16_t header = 0;
   if (!in.peekU16(header)) return parseEndedEarly("VectorHeader");
   const std::uint16_t numberOfValues = header & kMrpNumberOfValuesMask;
   if ((header & kMrpLeaveAllBit) == 0) {
     if (numberOfValues == 0) {
-      context.attributeListBytesLeftIs(0);
-      return malformed(*mrpCounters_);
+      context_.attributeListBytesLeftIs(0);
+      return malformed(counters_);
     }
-    context.leaveAllIs(0);
+    context_.leaveAllIs(0);
   } else {
-    MRP_TRACE(7, "leaveAllEvent is True for " << context.intfId());
+    MRP_TRACE(7, "leaveAllEvent is True for " << context_.intfId());
     MRP_TRACE(7, " leaveAllEvent is True");
-    context.leaveAllIs(1);
-    if (!recycledPkt_) mrpRxLeaveAllIs(context.attributeType(), true);
+    context_.leaveAllIs(1);
+    if (!frame_.recycledPkt()) frame_.mrpRxLeaveAllIs(context_.attributeType(), true);
   }
-  context.numberOfValuesIs(numberOfValues);
+  context_.numberOfValuesIs(numberOfValues);
   in.skip(kMrpVectorHeaderOctets);
-  switch (mrpLib_->application()) {
+  switch (lib_.application()) {
     case MrpApplication::msrp:
       return parseMsrpVector(pkt);
     case MrpApplication::mvrp:
       return parseMvrpVector(pkt);
   }
-  MRP_TRACE(4, "Application " << mrpLib_->application() << " not supported");
-  mrpCounters_->numOfUnknownApplicationInc();
+  MRP_TRACE(4, "Application " << lib_.application() << " not supported");
+  counters_.numOfUnknownApplicationInc();
   return kContinue;
 }
 
-MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpLib& lib = *mrpLib_;
-  switch (static_cast<MsrpAttrType>(parseContext_->attributeType())) {
+  switch (static_cast<MsrpAttrType>(context_.attributeType())) {
     case MsrpAttrType::talkerAdvertise: {
       const std::optional<MsrpTalkerAdvertiseAttribute> talker = parseTalkerAdvertise(pkt);
       if (!talker) return parseEndedEarly("Talker Advertise FirstValue");
-      lib.msrpTalkerAdvertiseRx() = *talker;
+      lib_.msrpTalkerAdvertiseRx() = *talker;
       return parseThreePackedEvents(pkt);
     }
     case MsrpAttrType::talkerFailed: {
@@ -266,7 +272,7 @@ MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
       if (!talker || !in.readU64(bridgeId) || !in.readU8(failureCode)) {
         return parseEndedEarly("Talker Failed FirstValue");
       }
-      MsrpTalkerFailedAttribute& failed = lib.msrpTalkerFailedRx();
+      MsrpTalkerFailedAttribute& failed = lib_.msrpTalkerFailedRx();
       failed.talkerAdvertiseAttributeIs(*talker);
       failed.failureInformationIs(FailureInformation(bridgeId, failureCode));
       MRP_TRACE(8, " TalkerFailedAttribute = " << failed);
@@ -275,7 +281,7 @@ MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
     case MsrpAttrType::listenerVector: {
       std::uint64_t streamId = 0;
       if (!in.readU64(streamId)) return parseEndedEarly("Listener FirstValue");
-      lib.msrpListenerVectorRx().streamIdIs(streamId);
+      lib_.msrpListenerVectorRx().streamIdIs(streamId);
       MRP_TRACE(8, " ListenerVector stream Id =0x " << std::hex << streamId);
       return parseThreeFourPackedEvents(pkt);
     }
@@ -286,34 +292,33 @@ MrpParseStatus MrpSm::parseMsrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
       if (!in.readU8(srClassId) || !in.readU8(srClassPriority) || !in.readU16(srClassVID)) {
         return parseEndedEarly("Domain FirstValue");
       }
-      lib.msrpDomainVectorRx() = MsrpDomainAttribute(srClassId, srClassPriority, srClassVID);
+      lib_.msrpDomainVectorRx() = MsrpDomainAttribute(srClassId, srClassPriority, srClassVID);
       MRP_TRACE(8, "DomainVector stream Id = " << static_cast<unsigned>(srClassId));
       return parseThreePackedEvents(pkt);
     }
     case MsrpAttrType::invalidAttribute:
       break;
   }
-  return unidentifiedAttributeType(*this);
+  return unidentifiedAttributeType(context_, counters_);
 }
 
-MrpParseStatus MrpSm::parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
-  if (static_cast<MvrpAttrType>(parseContext_->attributeType()) != MvrpAttrType::vlanVector) {
-    return unidentifiedAttributeType(*this);
+MrpParseStatus MrpPduParser::parseMvrpVector(const Quarn::Ptr<Velo::Pkt>& pkt) {
+  if (static_cast<MvrpAttrType>(context_.attributeType()) != MvrpAttrType::vlanVector) {
+    return unidentifiedAttributeType(context_, counters_);
   }
   MrpPduReader in(*pkt);
   std::uint16_t vlanId = 0;
   if (!in.readU16(vlanId)) return parseEndedEarly("VLAN FirstValue");
-  mrpLib_->mvrpVlanVectorRx().vlanIdIs(vlanId);
+  lib_.mvrpVlanVectorRx().vlanIdIs(vlanId);
   MRP_TRACE(8, "VlanVector vlanId = " << vlanId);
   return parseThreePackedEvents(pkt);
 }
 
-MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
-  const std::uint16_t numberOfValues = context.numberOfValues();
+  const std::uint16_t numberOfValues = context_.numberOfValues();
   const std::uint16_t packedOctets = mrpThreePackedOctets(numberOfValues);
-  if (numberOfValues == 0) noteValuelessVector(context);
+  if (numberOfValues == 0) noteValuelessVector(context_);
   std::span<const std::uint8_t> packed;
   if (!in.peekBytes(packedOctets, packed)) return packedEventsTooLong(packedOctets, in.bytesLeft());
   const bool collected = numberOfValues > 0 && collectsRuns() && [&] {
@@ -322,7 +327,7 @@ MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
     return collectRun();
   }();
   if (!collected) {
-    materializeParsedRuns();
+    frame_.materializeParsedRuns();
     std::uint16_t valueIndex = 0;
     for (const std::uint8_t octet : packed) {
       for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
@@ -331,19 +336,18 @@ MrpParseStatus MrpSm::parseThreePackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
       }
     }
   }
-  context.attributeListBytesLeftDec(
-      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context.attributeLength() + packedOctets));
+  context_.attributeListBytesLeftDec(
+      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context_.attributeLength() + packedOctets));
   in.skip(packedOctets);
   return kContinue;
 }
 
-MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
+MrpParseStatus MrpPduParser::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pkt) {
   MrpPduReader in(*pkt);
-  MrpParseContext& context = *parseContext_;
-  const std::uint16_t numberOfValues = context.numberOfValues();
+  const std::uint16_t numberOfValues = context_.numberOfValues();
   if (numberOfValues == 0) {
-    noteValuelessVector(context);
-    context.attributeListBytesLeftDec(static_cast<std::uint16_t>(context.attributeLength() + kMrpVectorHeaderOctets));
+    noteValuelessVector(context_);
+    context_.attributeListBytesLeftDec(static_cast<std::uint16_t>(context_.attributeLength() + kMrpVectorHeaderOctets));
     return kContinue;
   }
   const std::uint16_t threePacked = mrpThreePackedOctets(numberOfValues);
@@ -359,74 +363,58 @@ MrpParseStatus MrpSm::parseThreeFourPackedEvents(const Quarn::Ptr<Velo::Pkt>& pk
     return collectRun();
   }();
   if (!collected) {
-    materializeParsedRuns();
+    frame_.materializeParsedRuns();
     std::uint16_t valueIndex = 0;
     for (const std::uint8_t octet : packed.first(threePacked)) {
       for (const std::uint8_t event : mrpUnpackThreePacked(octet)) {
         if (valueIndex == numberOfValues) break;
         processThreeAndFourPacked(pkt, event, valueIndex++, threePacked);
-        if (parseEndedEarly_) return kMalformed;
+        if (frame_.parseEndedEarly()) return kMalformed;
       }
     }
   }
-  MRP_TRACE(8, " attributeListBytesLeft before accounting this vector =" << context.attributeListBytesLeft());
-  context.attributeListBytesLeftDec(
-      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context.attributeLength() + packedOctets));
+  MRP_TRACE(8, " attributeListBytesLeft before accounting this vector =" << context_.attributeListBytesLeft());
+  context_.attributeListBytesLeftDec(
+      static_cast<std::uint16_t>(kMrpVectorHeaderOctets + context_.attributeLength() + packedOctets));
   in.skip(packedOctets);
   MRP_TRACE(8, packedOctets << "  bytes deleted that are three packed and 4 packed");
-  MRP_TRACE(8, " attributeListBytesLeft " << context.attributeListBytesLeft());
+  MRP_TRACE(8, " attributeListBytesLeft " << context_.attributeListBytesLeft());
   return kContinue;
 }
 
-void MrpSm::processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event, std::uint16_t valueIndex,
-                                      std::uint16_t threePackedOctets) {
+void MrpPduParser::processThreeAndFourPacked(const Quarn::Ptr<Velo::Pkt>& pkt, std::uint8_t event,
+                                             std::uint16_t valueIndex, std::uint16_t threePackedOctets) {
   MrpPduReader in(*pkt);
   std::uint8_t octet = 0;
   if (!in.peekU8(std::size_t{threePackedOctets} + valueIndex / 4u, octet)) {
     parseEndedEarly("FourPackedEvents");
     return;
   }
-  mrpLib_->msrpListenerVectorRx().listenerEventIs(
+  lib_.msrpListenerVectorRx().listenerEventIs(
       static_cast<MsrpListenerEvent>(mrpUnpackFourPacked(octet, valueIndex % 4u)));
   processMrpEvent(event, valueIndex);
 }
 
-void MrpSm::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
-  MrpParseContext& context = *parseContext_;
-  mrpLib_->mrpValueFromFirstValue(valueIndex);
-  context.attributeKeyIs(mrpGetRxAttributeKey());
-  context.attributeEventIs(event);
-  context.eventsCounterInc(1);
-  if (recycledPkt_ || mrpConfig_->mrpFlooding()) {
+void MrpPduParser::processMrpEvent(std::uint8_t event, std::uint16_t valueIndex) {
+  lib_.mrpValueFromFirstValue(valueIndex);
+  context_.attributeKeyIs(engine_.mrpGetRxAttributeKey());
+  context_.attributeEventIs(event);
+  context_.eventsCounterInc(1);
+  if (!collecting()) {
     MRP_TRACE(8, "Recycled Pkt. Returning after parsing");
     return;
   }
   saveParsedMrpAttribute();
 }
 
-void MrpSm::parseResultsDelAll() {
-  parsedRuns_.clear();
-  mrpParsedAttribute_.clear();
-  mrpParsedAttributeKey_.delAll();
-  msrpParsedDomainKey_.delAll();
-  mrpRxLeaveAll_.clear();
-  futureProtocolVersion_ = false;
-}
-
-bool MrpSm::collectsRuns() const {
-  return parsedRunsEnabled_ && !recycledPkt_ && !mrpConfig_->mrpFlooding() && mrpParsedAttribute_.empty() &&
-         mrpParsedAttributeKey_.empty() && msrpParsedDomainKey_.empty();
-}
-
-bool MrpSm::collectRun() {
-  MrpParseContext& context = *parseContext_;
-  const std::uint8_t type = context.attributeType();
-  const std::uint64_t firstKey = mrpGetRxAttributeKey();
+bool MrpPduParser::collectRun() {
+  const std::uint8_t type = context_.attributeType();
+  const std::uint64_t firstKey = engine_.mrpGetRxAttributeKey();
   const std::size_t count = vectorEvents_.size();
   bool taken = false;
-  withReceiveField(*mrpLib_, type, [&](auto& received) {
-    if (!parsedRuns_.add(type, valueBytes(received), firstKey, mrpKeyLimitOf(received), vectorEvents_,
-                         vectorDeclarations_)) {
+  withReceiveField(lib_, type, [&](auto& received) {
+    if (!frame_.collectRun(type, valueBytes(received), firstKey, mrpKeyLimitOf(received), vectorEvents_,
+                           vectorDeclarations_)) {
       return;
     }
     taken = true;
@@ -437,70 +425,23 @@ bool MrpSm::collectRun() {
     }
   });
   if (!taken) return false;
-  context.attributeKeyIs(firstKey + count - 1);
-  context.attributeEventIs(vectorEvents_.back());
-  context.eventsCounterInc(static_cast<std::uint32_t>(count));
+  context_.attributeKeyIs(firstKey + count - 1);
+  context_.attributeEventIs(vectorEvents_.back());
+  context_.eventsCounterInc(static_cast<std::uint32_t>(count));
   return true;
 }
 
-std::size_t MrpSm::parsedRunValue(const MrpParsedRuns::Run& run, std::size_t index,
-                                  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets>& octets) const {
-  std::size_t size = 0;
-  // The receive field names the record type; its value is not touched.
-  withReceiveField(*mrpLib_, run.attributeType, [&](auto& field) {
-    using Record = std::remove_cvref_t<decltype(field)>;
-    Record value = mrpValueAt(valueFromBytes<Record>(run.firstValue), index);
-    if constexpr (std::is_same_v<Record, MsrpListenerAttribute>) {
-      if (run.declared) value.listenerEventIs(static_cast<MsrpListenerEvent>(parsedRuns_.declaration(run, index)));
-    }
-    const auto bytes = valueBytes(value);
-    size = static_cast<std::size_t>(std::copy(bytes.begin(), bytes.end(), octets.begin()) - octets.begin());
-  });
-  return size;
-}
-
-void MrpSm::materializeParsedRuns() const {
-  if (parsedRuns_.empty()) return;
-  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
-  for (const MrpParsedRuns::Run& run : parsedRuns_.runs()) {
-    const bool domain = mrpLib_->application() == MrpApplication::msrp &&
-                        static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
-    ParsedKeyQueue& queue = domain ? msrpParsedDomainKey_ : mrpParsedAttributeKey_;
-    for (std::size_t i = 0; i < run.count; ++i) {
-      const MrpParsedAttributeKey key{run.attributeType, run.firstKey + i};
-      const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute_.findOrCreate(key);
-      parsed->attributeEventIs(parsedRuns_.event(run, i));
-      parsed->attributeValueIs(std::span(octets.data(), parsedRunValue(run, i, octets)));
-      queue.enq(key);
-    }
-  }
-  parsedRuns_.clear();
-}
-
-std::optional<std::uint8_t> MrpSm::parsedEventOf(std::uint8_t attributeType, std::uint64_t key) const {
-  if (!parsedRuns_.empty()) return parsedRuns_.eventOf(attributeType, key);
-  if (const Quarn::Ptr<MrpParsedAttribute> parsed = mrpParsedAttribute_.find({attributeType, key})) {
-    return parsed->attributeEvent();
-  }
-  return std::nullopt;
-}
-
-void MrpSm::saveParsedMrpAttribute() {
-  const MrpParsedAttributeKey key{parseContext_->attributeType(), parseContext_->attributeKey()};
-  Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttributeIs(key);
+void MrpPduParser::saveParsedMrpAttribute() {
+  const MrpParsedAttributeKey key{context_.attributeType(), context_.attributeKey()};
+  Quarn::Ptr<MrpParsedAttribute> parsedAttribute = frame_.mrpParsedAttributeIs(key);
   // A later occurrence in the frame overwrites the event and the value.
-  parsedAttribute->attributeEventIs(parseContext_->attributeEvent());
+  parsedAttribute->attributeEventIs(context_.attributeEvent());
   saveParsedMrpAttributeValue(*parsedAttribute);
-  if (mrpLib_->application() == MrpApplication::msrp &&
-      static_cast<MsrpAttrType>(key.attributeType) == MsrpAttrType::domainVector) {
-    msrpParsedDomainKeyEnq(key);
-  } else {
-    mrpParsedAttributeKeyEnq(key);
-  }
+  frame_.parsedKeyEnq(key);
 }
 
-void MrpSm::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
-  switch (mrpLib_->application()) {
+void MrpPduParser::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+  switch (lib_.application()) {
     case MrpApplication::msrp:
       saveParsedMsrpAttributeValue(parsedAttribute);
       return;
@@ -510,29 +451,28 @@ void MrpSm::saveParsedMrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   }
 }
 
-void MrpSm::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
-  MrpLib& lib = *mrpLib_;
+void MrpPduParser::saveParsedMsrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   switch (static_cast<MsrpAttrType>(parsedAttribute.key().attributeType)) {
     case MsrpAttrType::talkerAdvertise:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerAdvertiseRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpTalkerAdvertiseRx()));
       return;
     case MsrpAttrType::talkerFailed:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpTalkerFailedRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpTalkerFailedRx()));
       return;
     case MsrpAttrType::listenerVector:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpListenerVectorRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpListenerVectorRx()));
       return;
     case MsrpAttrType::domainVector:
-      saveValueBytes(parsedAttribute, valueBytes(lib.msrpDomainVectorRx()));
+      saveValueBytes(parsedAttribute, valueBytes(lib_.msrpDomainVectorRx()));
       return;
     case MsrpAttrType::invalidAttribute:
       return;
   }
 }
 
-void MrpSm::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
+void MrpPduParser::saveParsedMvrpAttributeValue(MrpParsedAttribute& parsedAttribute) {
   if (static_cast<MvrpAttrType>(parsedAttribute.key().attributeType) != MvrpAttrType::vlanVector) return;
-  saveValueBytes(parsedAttribute, valueBytes(mrpLib_->mvrpVlanVectorRx()));
+  saveValueBytes(parsedAttribute, valueBytes(lib_.mvrpVlanVectorRx()));
 }
 
 }  // namespace Mrp
