@@ -7,6 +7,7 @@
 #include "MrpModel/MrpWireFormat.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
+#include "MrpSm/MrpParsedRunValue.h"
 #include "MrpSm/MrpPduReader.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmLog.h"
@@ -449,10 +450,7 @@ std::size_t MrpSm::parsedRunValue(const MrpParsedRuns::Run& run, std::size_t ind
   // The receive field names the record type; its value is not touched.
   withReceiveField(*mrpLib_, run.attributeType, [&](auto& field) {
     using Record = std::remove_cvref_t<decltype(field)>;
-    Record value = mrpValueAt(valueFromBytes<Record>(run.firstValue), index);
-    if constexpr (std::is_same_v<Record, MsrpListenerAttribute>) {
-      if (run.declared) value.listenerEventIs(static_cast<MsrpListenerEvent>(parsedRuns_.declaration(run, index)));
-    }
+    const Record value = mrpParsedRunValue<Record>(parsedRuns_, run, index);
     const auto bytes = valueBytes(value);
     size = static_cast<std::size_t>(std::copy(bytes.begin(), bytes.end(), octets.begin()) - octets.begin());
   });
