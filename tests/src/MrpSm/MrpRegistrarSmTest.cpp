@@ -596,6 +596,14 @@ TEST_F(RegistrarEdgeTest, AStoredStateOutOfRangeIsTracedAndLeftAlone) {
   EXPECT_EQ(static_cast<unsigned>(entry->registrarState()), 3u);
 }
 
+TEST_F(RegistrarEdgeTest, AReceivedLvOfAStoredStateOutOfRangeLogsTheStateAsItsNumber) {
+  vlan10Is(Applicant::qa, static_cast<State>(3));
+  const std::size_t logsBefore = logs.lines().size();
+  received(Event::rLv);
+  EXPECT_EQ(logLinesFrom(logsBefore),
+            (std::vector<std::string>{"MRP_LV: MRP Lv received on p1, attrType: 1, key: 0xa, state: 3, event: rLv!"}));
+}
+
 // The texts traced at `level` while `run` runs.
 template <class Run>
 std::vector<std::string> tracedAt(int level, Run run) {
