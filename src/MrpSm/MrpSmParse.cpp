@@ -414,9 +414,11 @@ void MrpSm::parseResultsDelAll() {
   futureProtocolVersion_ = false;
 }
 
+// While level 8 is traced, values are collected one by one, which traces
+// how each is derived.
 bool MrpSm::collectsRuns() const {
-  return parsedRunsEnabled_ && !recycledPkt_ && !mrpConfig_->mrpFlooding() && mrpParsedAttribute_.empty() &&
-         mrpParsedAttributeKey_.empty() && msrpParsedDomainKey_.empty();
+  return parsedRunsEnabled_ && !recycledPkt_ && !mrpConfig_->mrpFlooding() && !mrpSmTrace.enabled(8) &&
+         mrpParsedAttribute_.empty() && mrpParsedAttributeKey_.empty() && msrpParsedDomainKey_.empty();
 }
 
 bool MrpSm::collectRun() {
