@@ -338,12 +338,10 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   AddPendingAttrMap::const_iterator addPendingLowerBound(const MrpAttribute& attribute) const;
   void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry);
   void addPendingAttrDel(const MrpAttribute& attribute) {
-    ++databaseGeneration_;
     ++addPendingErasures_;
     addPendingAttr_.erase(attribute);
   }
   void addPendingAttrDelAll() {
-    ++databaseGeneration_;
     ++addPendingErasures_;
     addPendingAttr_.clear();
   }
@@ -351,18 +349,9 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   const DeletePendingAttrMap& deletePendingAttrs() const { return deletePendingAttr_; }
   // False when the attribute is not listed.
   bool deletePendingAttr(const MrpAttribute& attribute) const;
-  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) {
-    ++databaseGeneration_;
-    deletePendingAttr_[attribute] = pending;
-  }
-  void deletePendingAttrDel(const MrpAttribute& attribute) {
-    ++databaseGeneration_;
-    deletePendingAttr_.erase(attribute);
-  }
-  void deletePendingAttrDelAll() {
-    ++databaseGeneration_;
-    deletePendingAttr_.clear();
-  }
+  void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) { deletePendingAttr_[attribute] = pending; }
+  void deletePendingAttrDel(const MrpAttribute& attribute) { deletePendingAttr_.erase(attribute); }
+  void deletePendingAttrDelAll() { deletePendingAttr_.clear(); }
   // ==== end of attribute database ====
 
   // ==== Packet access (MrpSmPam.cpp) ====
@@ -542,16 +531,6 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   mutable PendingFinger addPendingFinger_;
   std::uint64_t addPendingErasures_ = 0;
   DeletePendingAttrMap deletePendingAttr_;
-  // Counts the changes to the pending maps and the store. The machines look
-  // the current attribute up several times while they handle one event: the
-  // last lookup (pending additions included) is kept until the next change.
-  std::uint64_t databaseGeneration_ = 0;
-  struct LastLookup {
-    MrpAttribute attribute;
-    Quarn::Ptr<MrpAttrDatabase> entry;
-    std::uint64_t generation = ~std::uint64_t{0};
-  };
-  mutable LastLookup lastLookup_;
   // ==== end of attribute database fields ====
 
   // ==== Packet access fields ====

@@ -59,11 +59,8 @@ Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttrFromDatabase(const Velo::IntfId& in
                                                           const std::uint64_t& key, bool useLocalCopy) const {
   const MrpAttribute attribute{intfId, attributeType, key};
   if (!useLocalCopy) return storedEntry(attribute);
-  if (lastLookup_.generation == databaseGeneration_ && lastLookup_.attribute == attribute) return lastLookup_.entry;
-  Quarn::Ptr<MrpAttrDatabase> entry = addPendingAttr(attribute);
-  if (!entry) entry = storedEntry(attribute);
-  lastLookup_ = {attribute, entry, databaseGeneration_};
-  return entry;
+  if (Quarn::Ptr<MrpAttrDatabase> pending = addPendingAttr(attribute)) return pending;
+  return storedEntry(attribute);
 }
 
 Quarn::Ptr<MrpAttrDatabase> MrpSm::storedEntry(const MrpAttribute& attribute) const {
@@ -94,7 +91,6 @@ Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpAddAttrToDatabase(const Velo::IntfId& intf
 
 Quarn::Ptr<MrpAttrDatabase> MrpSm::createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
                                                          const std::uint64_t& key) {
-  ++databaseGeneration_;
   return mrpStatus_->applicationDatabaseIs(mrpLib_->application())
       ->attrDatabaseIs(intfId)
       ->intfTypeApplicantIs(attributeType)

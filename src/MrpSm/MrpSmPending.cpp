@@ -30,7 +30,6 @@ MrpSm::AddPendingAttrMap::const_iterator MrpSm::addPendingLowerBound(const MrpAt
 }
 
 void MrpSm::addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
-  ++databaseGeneration_;
   const AddPendingAttrMap::const_iterator bound = addPendingLowerBound(attribute);
   auto at = addPendingAttr_.erase(bound, bound);  // the same position, writable
   if (at != addPendingAttr_.end() && at->first == attribute) {
