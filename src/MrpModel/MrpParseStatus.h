@@ -19,7 +19,7 @@ enum class MrpParseStatus : std::uint8_t {
 
 // The value's name; a code without a name prints as its number.
 std::ostream& operator<<(std::ostream& os, MrpParseStatus value);
-// The value's name; null for a code without one.
+// The value's name; its number for a code without one.
 const char* enumText(MrpParseStatus value);
 
 }  // namespace Mrp

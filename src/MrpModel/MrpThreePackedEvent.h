@@ -23,7 +23,7 @@ enum class MrpThreePackedEvent : std::uint8_t {
 
 // The value's name; a code without a name prints as its number.
 std::ostream& operator<<(std::ostream& os, MrpThreePackedEvent value);
-// The value's name; null for a code without one.
+// The value's name; its number for a code without one.
 const char* enumText(MrpThreePackedEvent value);
 
 }  // namespace Mrp

@@ -23,7 +23,7 @@ enum class MsrpAttrType : std::uint8_t {
 
 // The value's name; a code without a name prints as its number.
 std::ostream& operator<<(std::ostream& os, MsrpAttrType value);
-// The value's name; null for a code without one.
+// The value's name; its number for a code without one.
 const char* enumText(MsrpAttrType value);
 // The value named by its text or its number; nullopt for anything else.
 std::optional<MsrpAttrType> msrpAttrTypeFromText(std::string_view text);

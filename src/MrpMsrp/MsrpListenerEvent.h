@@ -21,7 +21,7 @@ enum class MsrpListenerEvent : std::uint32_t {
 };
 
 std::ostream& operator<<(std::ostream& os, MsrpListenerEvent value);
-// The value's name; null for a code without one.
+// The value's name; its number for a code without one.
 const char* enumText(MsrpListenerEvent value);
 // The value named by its text or its number; nullopt for anything else.
 std::optional<MsrpListenerEvent> msrpListenerEventFromText(std::string_view text);

@@ -20,7 +20,7 @@ enum class MvrpAttrType : std::uint8_t {
 
 // The value's name; a code without a name prints as its number.
 std::ostream& operator<<(std::ostream& os, MvrpAttrType value);
-// The value's name; null for a code without one.
+// The value's name; its number for a code without one.
 const char* enumText(MvrpAttrType value);
 // The value named by its text or its number; nullopt for anything else.
 std::optional<MvrpAttrType> mvrpAttrTypeFromText(std::string_view text);

@@ -2,28 +2,24 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "MrpModel/MrpApplicantEvent.h"
 #include "MrpModel/MrpApplicantState.h"
 #include "MrpModel/MrpConfig.h"
 #include "MrpModel/MrpThreePackedEvent.h"
+#include "MrpSm/MrpApplicantTransitions.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
 
 namespace Mrp {
 
+class MrpAttrDatabase;
 class MrpSm;
 
 // The applicant machine: one executor per engine acting on the engine's
-// current attribute, whose applicant state lives in its database entry.
-//
-// There is no transmit opportunity and no periodic timer: where a transition
-// would pass through a transient state and send later, this machine sends
-// at once and goes straight to the state it would come to rest in. A message
-// sent twice goes once into the port's first transmit packet and once into
-// its second. Only VO, QA, AO, QO and QP are ever entered; the other states
-// are handled when found stored.
+// current attribute, whose applicant state lives in its database entry. It
+// carries out the transitions of MrpApplicantTable; a message sent twice goes
+// once into the port's first transmit packet and once into its second.
 class MrpApplicantSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
  public:
   MrpApplicantSm(MrpSm* mrpSm, Quarn::Ptr<MrpConfig> mrpConfig);
@@ -40,6 +36,8 @@ class MrpApplicantSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void applicantEventIs(MrpApplicantEvent event) { applicantEvent_ = event; }
   // One transition of the current attribute, creating its entry if missing.
   void handleApplicantEvent();
+  // One transition of the current attribute, whose entry the caller found.
+  void handleApplicantEvent(MrpAttrDatabase& entry);
 
   // A received attribute event (New 0 .. Lv 5) as an applicant event (rNew!
   // .. rLv!); any other code is noEvent.
@@ -58,30 +56,13 @@ class MrpApplicantSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void mrpApplicantSendLeave();
 
  private:
-  // One handler per stored state; each arm reads like the row of the table.
-  void handleVeryAnxiousObserver(MrpApplicantEvent event);
-  void handleVeryAnxiousPassive(MrpApplicantEvent event);
-  void handleVeryAnxiousNew(MrpApplicantEvent event);
-  void handleAnxiousNew(MrpApplicantEvent event);
-  void handleAnxiousActive(MrpApplicantEvent event);
-  void handleQuietActive(MrpApplicantEvent event);
-  void handleLeavingActive(MrpApplicantEvent event);
-  void handleAnxiousObserver(MrpApplicantEvent event);
-  void handleQuietObserver(MrpApplicantEvent event);
-  void handleAnxiousPassive(MrpApplicantEvent event);
-  void handleQuietPassive(MrpApplicantEvent event);
-  void handleLeavingObserver(MrpApplicantEvent event);
-
-  // New into both packets, then QA.
-  void sendNewTwiceToQuietActive();
-  // Join into both packets, then QA.
-  void sendJoinTwiceToQuietActive();
+  // One message of a transition, Join and the registered state following
+  // the entry's registrar.
+  void send(MrpApplicantTransition::Send send, const MrpAttrDatabase& entry);
   // One message of the current attribute into the chosen packet.
   void send(MrpThreePackedEvent event, bool secondPktContext);
   // Whether the current attribute's registrar is IN; nullopt without an entry.
   std::optional<bool> registrarIn() const;
-  // The current attribute's applicant state as traced, re-read from the store.
-  std::string storedState() const;
 
   MrpSm* mrpSm_;
   Quarn::Ptr<MrpConfig> mrpConfig_;

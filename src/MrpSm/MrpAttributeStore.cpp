@@ -24,11 +24,8 @@ Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::mrpGetAttrFromDatabase(const Velo
                                                                       bool useLocalCopy) const {
   const MrpAttribute attribute{intfId, attributeType, key};
   if (!useLocalCopy) return storedEntry(attribute);
-  if (lastLookup_.generation == databaseGeneration_ && lastLookup_.attribute == attribute) return lastLookup_.entry;
-  Quarn::Ptr<MrpAttrDatabase> entry = addPendingAttr(attribute);
-  if (!entry) entry = storedEntry(attribute);
-  lastLookup_ = {attribute, entry, databaseGeneration_};
-  return entry;
+  if (Quarn::Ptr<MrpAttrDatabase> pending = addPendingAttr(attribute)) return pending;
+  return storedEntry(attribute);
 }
 
 Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::storedEntry(const MrpAttribute& attribute) const {
@@ -42,7 +39,6 @@ Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::storedEntry(const MrpAttribute& a
 Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::createEntryInDatabase(const Velo::IntfId& intfId,
                                                                      std::uint8_t attributeType,
                                                                      const std::uint64_t& key) {
-  ++databaseGeneration_;
   return mrpStatus_->applicationDatabaseIs(application_)
       ->attrDatabaseIs(intfId)
       ->intfTypeApplicantIs(attributeType)
@@ -76,7 +72,6 @@ MrpAttributeStore::AddPendingAttrMap::const_iterator MrpAttributeStore::addPendi
 }
 
 void MrpAttributeStore::addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry) {
-  ++databaseGeneration_;
   const AddPendingAttrMap::const_iterator bound = addPendingLowerBound(attribute);
   auto at = addPendingAttr_.erase(bound, bound);  // the same position, writable
   if (at != addPendingAttr_.end() && at->first == attribute) {

@@ -72,12 +72,10 @@ class MrpAttributeStore {
   Quarn::Ptr<MrpAttrDatabase> addPendingAttr(const MrpAttribute& attribute) const;
   void addPendingAttrIs(const MrpAttribute& attribute, Quarn::Ptr<MrpAttrDatabase> entry);
   void addPendingAttrDel(const MrpAttribute& attribute) {
-    ++databaseGeneration_;
     ++addPendingErasures_;
     addPendingAttr_.erase(attribute);
   }
   void addPendingAttrDelAll() {
-    ++databaseGeneration_;
     ++addPendingErasures_;
     addPendingAttr_.clear();
   }
@@ -86,15 +84,12 @@ class MrpAttributeStore {
   // False when the attribute is not listed.
   bool deletePendingAttr(const MrpAttribute& attribute) const;
   void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) {
-    ++databaseGeneration_;
     deletePendingAttr_[attribute] = pending;
   }
   void deletePendingAttrDel(const MrpAttribute& attribute) {
-    ++databaseGeneration_;
     deletePendingAttr_.erase(attribute);
   }
   void deletePendingAttrDelAll() {
-    ++databaseGeneration_;
     deletePendingAttr_.clear();
   }
 
@@ -142,16 +137,6 @@ class MrpAttributeStore {
   mutable PendingFinger addPendingFinger_;
   std::uint64_t addPendingErasures_ = 0;
   DeletePendingAttrMap deletePendingAttr_;
-  // Counts the changes to the pending maps and the store. The machines look
-  // the current attribute up several times while they handle one event: the
-  // last lookup (pending additions included) is kept until the next change.
-  std::uint64_t databaseGeneration_ = 0;
-  struct LastLookup {
-    MrpAttribute attribute;
-    Quarn::Ptr<MrpAttrDatabase> entry;
-    std::uint64_t generation = ~std::uint64_t{0};
-  };
-  mutable LastLookup lastLookup_;
 };
 
 template <class Handle>

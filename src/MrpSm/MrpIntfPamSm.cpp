@@ -139,9 +139,11 @@ void MrpIntfPamSm::mrpAllLeaveAllSm(std::uint8_t attributeType) {
   for (std::uint64_t key : keys) {
     const MrpAttribute attribute{intfId_, attributeType, key};
     if (sm.deletePendingAttr(attribute)) continue;
-    sm.mrpFillContextFromDatabase(attribute);
+    // Found once; without an entry the applicant makes one.
+    const Quarn::Ptr<MrpAttrDatabase> entry = sm.mrpGetAttrFromDatabase(intfId_, attributeType, key, true);
+    sm.mrpFillContextFromDatabase(attribute, entry.ptr());
     sm.applicantSm()->applicantEventIs(MrpApplicantEvent::txLvAll);
-    sm.applicantSm()->handleApplicantEvent();
+    entry ? sm.applicantSm()->handleApplicantEvent(*entry) : sm.applicantSm()->handleApplicantEvent();
   }
   lib.mrpSendLeaveAll(attributeType, intfId_);
   context.sendTxLvAllIs(false);

@@ -101,11 +101,14 @@ void MrpLeaveAllSm::mrpPostLeaveAllToSm(const Velo::IntfId& intfId, std::uint8_t
   sm.mrpAttrIterWalk(intfId, attrType, [&](std::uint64_t key) {
     MRP_TRACE(8, "PostLeaveAllToSm: attributeKey = 0x" << std::hex << key << std::dec
                  << " Type= " << static_cast<unsigned>(attrType) << "interface = " << intfId);
-    sm.mrpFillContextFromDatabase({intfId, attrType, key});
+    // Found once; without an entry the applicant makes one, which the
+    // registrar then finds.
+    const Quarn::Ptr<MrpAttrDatabase> entry = sm.mrpGetAttrFromDatabase(intfId, attrType, key, true);
+    sm.mrpFillContextFromDatabase({intfId, attrType, key}, entry.ptr());
     sm.applicantSm()->applicantEventIs(applicantEvent);
-    sm.applicantSm()->handleApplicantEvent();
+    entry ? sm.applicantSm()->handleApplicantEvent(*entry) : sm.applicantSm()->handleApplicantEvent();
     sm.registrarSm()->registrarEventIs(registrarEvent);
-    sm.registrarSm()->handleRegistrarEvent();
+    entry ? sm.registrarSm()->handleRegistrarEvent(*entry) : sm.registrarSm()->handleRegistrarEvent();
   });
 }
 

@@ -9,6 +9,7 @@
 #include "MrpModel/MrpWireFormat.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpMvrp/MvrpAttrType.h"
+#include "MrpSm/MrpParsedRunValue.h"
 #include "MrpSm/MrpPduReader.h"
 #include "MrpSm/MrpReceivedFrame.h"
 #include "MrpSm/MrpSm.h"
@@ -88,7 +89,11 @@ void saveValueBytes(MrpParsedAttribute& parsedAttribute, std::span<const std::ui
 // through its symbol table otherwise.
 inline bool MrpPduParser::collecting() const { return !frame_.recycledPkt() && !config_.mrpFlooding(); }
 
-inline bool MrpPduParser::collectsRuns() const { return collecting() && frame_.collectsRuns(); }
+// While level 8 is traced, values are collected one by one, which traces
+// how each is derived.
+inline bool MrpPduParser::collectsRuns() const {
+  return collecting() && !mrpSmTrace.enabled(8) && frame_.collectsRuns();
+}
 
 MrpParseStatus MrpPduParser::parseEndedEarly(const char* what) {
   MRP_TRACE(4, " ######## MRPDU ends inside its " << what);

@@ -5,7 +5,7 @@
 
 #include "MrpModel/MrpValueBytes.h"
 #include "MrpMsrp/MsrpAttrType.h"
-#include "MrpSm/MrpValueAt.h"
+#include "MrpSm/MrpParsedRunValue.h"
 #include "MrpSm/MrpValueFields.h"
 
 namespace Mrp {
@@ -19,10 +19,7 @@ std::size_t MrpReceivedFrame::parsedRunValue(const MrpParsedRuns::Run& run, std:
                                              ValueOctets& octets) const {
   std::size_t size = 0;
   withValueType(application_, run.attributeType, [&]<class Record>(std::type_identity<Record>) {
-    Record value = mrpValueAt(valueFromBytes<Record>(run.firstValue), index);
-    if constexpr (std::is_same_v<Record, MsrpListenerAttribute>) {
-      if (run.declared) value.listenerEventIs(static_cast<MsrpListenerEvent>(parsedRuns_.declaration(run, index)));
-    }
+    const Record value = mrpParsedRunValue<Record>(parsedRuns_, run, index);
     const auto bytes = valueBytes(value);
     size = static_cast<std::size_t>(std::copy(bytes.begin(), bytes.end(), octets.begin()) - octets.begin());
   });

@@ -91,128 +91,72 @@ bool MrpRegistrarSm::handleRegistrarEvent() {
     MRP_TRACE(8, " attribute not found, returning@!!! ");
     return false;
   }
-  const MrpAttribute attribute = currentAttribute();
+  return handleRegistrarEvent(*entry);
+}
+
+bool MrpRegistrarSm::handleRegistrarEvent(MrpAttrDatabase& entry) {
   const Event event = registrarEvent_;
-  const State state = entry->registrarState();
+  const State state = entry.registrarState();
   MRP_TRACE(7, "void Mrp::MrpRegistrarSm::handleRegistrarEvent()");
-  MRP_TRACE(7, " Key = 0x" << std::hex << attribute.attributeKey << std::dec
-                           << " Type= " << static_cast<unsigned>(attribute.attributeType)
-                           << " intf = " << attribute.intfId);
+  MRP_TRACE(7, " Key = 0x" << std::hex << mrpSm_->parseContext()->attributeKey() << std::dec
+                           << " Type= " << static_cast<unsigned>(mrpSm_->parseContext()->attributeType())
+                           << " intf = " << mrpSm_->parseContext()->intfId());
   MRP_TRACE(7, " Enter: state = " << state << " event = " << event);
   if (event == Event::rLv) logLeave("received", state, event);
 
   bool discarded = false;
-  switch (state) {
-    case State::in: discarded = handleInStateRegistrar(event, *entry); break;
-    case State::lv: discarded = handleLvStateRegistrar(event, *entry); break;
-    case State::mt: discarded = handleMtStateRegistrar(event, *entry); break;
-    default: MRP_TRACE(8, "Invalid registrar State = " << state); break;
+  if (state > State::mt) {
+    MRP_TRACE(8, "Invalid registrar State = " << state);
+  } else {
+    discarded = carryOut(mrpRegistrarTransition(state, event), state, entry);
   }
-  MRP_TRACE(7, " Exit: state = " << entry->registrarState());
+  MRP_TRACE(7, " Exit: state = " << entry.registrarState());
 
   if (discarded) {
+    const MrpAttribute attribute = currentAttribute();
     char text[256];
     std::snprintf(text, sizeof text, "Join was discarded by MSRP, interface: %s, attrType: %d, attrEvent: %d",
                   attribute.intfId.name().c_str(), attribute.attributeType,
                   mrpSm_->parseContext()->attributeEvent());
     MRP_TRACE(4, text);
     Quarn::log(MRP_ERROR, text);
-    entry->registrarStateIs(State::mt);
+    entry.registrarStateIs(State::mt);
   }
   // An attribute that neither machine holds any more goes away.
-  if (entry->applicantState() == MrpApplicantState::vo && entry->registrarState() == State::mt) {
+  if (entry.applicantState() == MrpApplicantState::vo && entry.registrarState() == State::mt) {
     mrpDeleteAttrFromLeavePending();
     mrpSm_->mrpDeleteAttrFromDatabase();
   }
   return false;
 }
 
-// ---- The transition table, one handler per state. Events not named in a
-// ---- row leave the state alone.
-
-bool MrpRegistrarSm::handleInStateRegistrar(Event event, MrpAttrDatabase& entry) {
-  switch (event) {
-    case Event::rNew: {
-      logJoin(State::in, event);
-      const bool discarded = joinIndication();
-      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
-      return discarded;
+bool MrpRegistrarSm::carryOut(const MrpRegistrarTransition& transition, State state, MrpAttrDatabase& entry) {
+  using Action = MrpRegistrarTransition::Action;
+  const Event event = registrarEvent_;
+  bool discarded = false;
+  for (const Action action : transition.actions()) {
+    switch (action) {
+      case Action::logJoinReceived: logJoin(state, event); break;
+      case Action::logLeaveNotified: logLeave("notified", state, event); break;
+      case Action::enterNext: entry.registrarStateIs(transition.next); break;
+      case Action::addToLeavePending: mrpAddAttrToLeavePending(); break;
+      case Action::deleteFromLeavePending: mrpDeleteAttrFromLeavePending(); break;
+      case Action::traceJoinIndication: MRP_TRACE(7, "JoinIndication called"); break;
+      case Action::traceLeaveIndication: MRP_TRACE(7, "LeaveIndication called"); break;
+      case Action::joinIndication: discarded = joinIndication(); break;
+      case Action::checkedJoinIndication: discarded = valueChecked(entry) && joinIndication(); break;
+      case Action::countJoin: mrpSm_->mrpCounters()->numOfJoinIndicationsInc(); break;
+      case Action::leaveIndication: leaveIndication(); break;
+      case Action::countLeave: mrpSm_->mrpCounters()->numOfLeaveIndicationsInc(); break;
     }
-    case Event::rJoinIn:
-    case Event::rJoinMt: {
-      // Counted even when the unchanged value makes no indication.
-      const bool discarded = valueChecked(entry) && joinIndication();
-      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
-      return discarded;
-    }
-    case Event::rLv:
-    case Event::regLvAll_:
-    case Event::txLvAll:
-    case Event::redeclare:
-      mrpAddAttrToLeavePending();
-      entry.registrarStateIs(State::lv);
-      return false;
-    // Straight to MT, without a leave indication.
-    case Event::flush: entry.registrarStateIs(State::mt); return false;
-    default: return false;
   }
-}
-
-bool MrpRegistrarSm::handleLvStateRegistrar(Event event, MrpAttrDatabase& entry) {
-  switch (event) {
-    case Event::rNew: {
-      mrpDeleteAttrFromLeavePending();
-      entry.registrarStateIs(State::in);
-      MRP_TRACE(7, "JoinIndication called");
-      const bool discarded = joinIndication();
-      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
-      return discarded;
-    }
-    case Event::rJoinIn:
-    case Event::rJoinMt:
-      entry.registrarStateIs(State::in);
-      mrpDeleteAttrFromLeavePending();
-      MRP_TRACE(7, "JoinIndication called");
-      // Not counted, even when indicated.
-      return valueChecked(entry) && joinIndication();
-    case Event::rLv:
-    case Event::regLvAll_:
-    case Event::txLvAll:
-    case Event::redeclare:
-      mrpAddAttrToLeavePending();
-      return false;
-    case Event::flush:
-    case Event::leaveTimer:
-      logLeave("notified", State::lv, event);
-      entry.registrarStateIs(State::mt);
-      MRP_TRACE(7, "LeaveIndication called");
-      leaveIndication();
-      mrpSm_->mrpCounters()->numOfLeaveIndicationsInc();
-      if (event == Event::leaveTimer) mrpDeleteAttrFromLeavePending();
-      return false;
-    default: return false;
-  }
-}
-
-bool MrpRegistrarSm::handleMtStateRegistrar(Event event, MrpAttrDatabase& entry) {
-  switch (event) {
-    case Event::rNew:
-    case Event::rJoinIn:
-    case Event::rJoinMt: {
-      logJoin(State::mt, event);
-      entry.registrarStateIs(State::in);
-      const bool discarded = joinIndication();
-      mrpSm_->mrpCounters()->numOfJoinIndicationsInc();
-      return discarded;
-    }
-    default: return false;
-  }
+  return discarded;
 }
 
 bool MrpRegistrarSm::valueChecked(MrpAttrDatabase& entry) {
   const bool msrp = mrpSm_->mrpLib()->application() == MrpApplication::msrp;
   if (msrp && msrpTypeIs(MsrpAttrType::domainVector)) return true;
-  if (mrpSm_->mrpRxVectorSameAsDatabaseAttr()) {
+  if (mrpSm_->mrpRxVectorSameAsDatabaseAttr(entry)) {
     if (msrp && msrpTypeIs(MsrpAttrType::listenerVector)) listenerJoinWithoutIndication();
     return false;
   }

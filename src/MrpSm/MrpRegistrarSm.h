@@ -12,6 +12,7 @@
 #include "MrpSm/MrpExplicitLeaveSm.h"
 #include "MrpSm/MrpExplicitLeaveSmMap.h"
 #include "MrpSm/MrpLeaveSm.h"
+#include "MrpSm/MrpRegistrarTransitions.h"
 #include "brisk/TimerWheel.h"
 #include "quarn/Lifecycle.h"
 #include "quarn/Ptr.h"
@@ -24,6 +25,7 @@ class MrpSm;
 
 // The registrar machine: one executor per engine acting on the engine's
 // current attribute, whose registrar state lives in its database entry. It
+// carries out the transitions of MrpRegistrarTable: it
 // makes the join and leave indications, times LV with the leave machines,
 // and owns the engine's 0.1 s transmit cycle.
 class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
@@ -54,6 +56,8 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // One transition of the current attribute; nothing for one without an
   // entry. Always returns false.
   bool handleRegistrarEvent();
+  // One transition of the current attribute, whose entry the caller found.
+  bool handleRegistrarEvent(MrpAttrDatabase& entry);
   // Writes the current attribute's state if it has an entry; creates none.
   void mrpSetRegistrarState(MrpRegistrarState state);
 
@@ -106,11 +110,9 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
     MrpRegistrarSm* owner_;
   };
 
-  // One handler per state; each returns whether the application discarded
-  // the join it was told of.
-  bool handleInStateRegistrar(MrpRegistrarEvent event, MrpAttrDatabase& entry);
-  bool handleLvStateRegistrar(MrpRegistrarEvent event, MrpAttrDatabase& entry);
-  bool handleMtStateRegistrar(MrpRegistrarEvent event, MrpAttrDatabase& entry);
+  // The actions of a transition from `state`, in order; whether the
+  // application discarded the join it was told of.
+  bool carryOut(const MrpRegistrarTransition& transition, MrpRegistrarState state, MrpAttrDatabase& entry);
 
   // Join and leave indications of the current attribute; the join returns
   // whether it was discarded.

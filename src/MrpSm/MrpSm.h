@@ -291,13 +291,18 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   // additions included) into the transmit field of its type, so it can be
   // sent; an absent attribute leaves the transmit fields unchanged.
   void mrpFillContextFromDatabase(const MrpAttribute& attribute);
+  // The same with the attribute's entry, found by the caller (null if absent).
+  void mrpFillContextFromDatabase(const MrpAttribute& attribute, const MrpAttrDatabase* entry);
   void mrpFillMsrpContextFromDatabase(const MrpAttrDatabase& entry);
   void mrpFillMvrpContextFromDatabase(const MrpAttrDatabase& entry);
 
   // Whether the received value of the current attribute is the stored one;
   // false when it is not stored.
   bool mrpRxVectorSameAsDatabaseAttr() const;
+  // The same against the current attribute's entry, found by the caller.
+  bool mrpRxVectorSameAsDatabaseAttr(const MrpAttrDatabase& entry) const;
   bool msrpRxVectorSameAsDatabaseAttr() const;
+  bool msrpRxVectorSameAsDatabaseAttr(const MrpAttrDatabase& entry) const;
   bool mvrpRxVectorSameAsDatabaseAttr() const;
 
   // ==== end of attribute database ====
@@ -321,13 +326,15 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   // as if the registrar already held what the same frame declares.
   void mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attributeType);
   // Makes a parsed attribute current: its saved value into the service
-  // object's receive and transmit fields of its type.
+  // object's receive and transmit fields of its type; a Domain's transmit
+  // field then takes the port's stored Domain, if any.
   void fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute);
-  // The same for the saved octets of a parsed attribute.
-  void fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
-                                std::span<const std::uint8_t> octets);
-  void fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
-                                 std::span<const std::uint8_t> octets);
+  // The same for the saved octets of a parsed attribute, whose registration
+  // the caller found (null when it has none).
+  void fillMrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
+                                const MrpAttrDatabase* stored);
+  void fillMsrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
+                                 const MrpAttrDatabase* stored);
   void fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets);
   // ==== end of received-event dispatch ====
 
@@ -391,9 +398,15 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   // ==== end of received frame fields ====
 
   void processParsedRuns(const Velo::IntfId& intfId);
-  // Applicant, then registrar, for one received value made current.
+  // Makes one received value current, `fill(stored)` putting it into the
+  // service object's fields, then applicant and registrar on its entry.
+  template <class Fill>
   void processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
-                          std::span<const std::uint8_t> octets);
+                          Fill&& fill);
+  // The run's value `index` into the receive and transmit fields of its type.
+  void fillMrpLibFromRun(const MrpParsedRuns::Run& run, std::size_t index, const MrpAttrDatabase* stored);
+  // A received Domain's transmit field from its stored registration.
+  void answerDomainWithStored(std::uint8_t attributeType, const MrpAttrDatabase* stored);
 
 };
 

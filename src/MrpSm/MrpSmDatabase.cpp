@@ -93,14 +93,18 @@ void MrpSm::mrpPopulateMvrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& en
 }
 
 void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute) {
+  const Quarn::Ptr<MrpAttrDatabase> entry =
+      mrpGetAttrFromDatabase(attribute.intfId, attribute.attributeType, attribute.attributeKey, true);
+  mrpFillContextFromDatabase(attribute, entry.ptr());
+}
+
+void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute, const MrpAttrDatabase* entry) {
   // The attribute becomes current even when absent: callers go on to look
   // it up and act on it.
   parseContext_->intfIdIs(attribute.intfId);
   parseContext_->attributeTypeIs(attribute.attributeType);
   parseContext_->attributeKeyIs(attribute.attributeKey);
-  const Quarn::Ptr<MrpAttrDatabase> entry =
-      mrpGetAttrFromDatabase(attribute.intfId, attribute.attributeType, attribute.attributeKey, true);
-  if (!entry) return;
+  if (entry == nullptr) return;
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
       mrpFillMsrpContextFromDatabase(*entry);
@@ -131,14 +135,27 @@ bool MrpSm::mrpRxVectorSameAsDatabaseAttr() const {
   return false;
 }
 
+bool MrpSm::mrpRxVectorSameAsDatabaseAttr(const MrpAttrDatabase& entry) const {
+  switch (mrpLib_->application()) {
+    case MrpApplication::msrp:
+      return msrpRxVectorSameAsDatabaseAttr(entry);
+    case MrpApplication::mvrp:
+      return mvrpRxVectorSameAsDatabaseAttr();
+  }
+  return false;
+}
+
 bool MrpSm::msrpRxVectorSameAsDatabaseAttr() const {
   const MrpParseContext& context = *parseContext_;
   const Quarn::Ptr<MrpAttrDatabase> entry =
       mrpGetAttrFromDatabase(context.intfId(), context.attributeType(), context.attributeKey(), true);
+  return entry && msrpRxVectorSameAsDatabaseAttr(*entry);
+}
+
+bool MrpSm::msrpRxVectorSameAsDatabaseAttr(const MrpAttrDatabase& entry) const {
+  const std::uint8_t type = parseContext_->attributeType();
   bool same = false;
-  withMsrpValue(*mrpLib_, context.attributeType(), false, [&](const auto& value) {
-    same = entry && sameValue(*mrpLib_, context.attributeType(), *entry, value);
-  });
+  withMsrpValue(*mrpLib_, type, false, [&](const auto& value) { same = sameValue(*mrpLib_, type, entry, value); });
   return same;
 }
 

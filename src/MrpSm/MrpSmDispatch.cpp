@@ -1,8 +1,10 @@
 #include <array>
 #include <ios>
+#include <type_traits>
 #include <vector>
 
 #include "MrpModel/MrpValueBytes.h"
+#include "MrpSm/MrpParsedRunValue.h"
 #include "MrpSm/MrpSm.h"
 #include "MrpSm/MrpSmTrace.h"
 #include "MrpSm/MrpValueFields.h"
@@ -57,16 +59,14 @@ void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
 // A frame collected vector by vector holds each key once: its values go in
 // the same order, Domain runs first, without being collected one by one.
 void MrpSm::processParsedRuns(const Velo::IntfId& intfId) {
-  std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> octets{};
   const bool msrp = mrpLib_->application() == MrpApplication::msrp;
   for (const bool domains : {true, false}) {
     for (const MrpParsedRuns::Run& run : receivedFrame_.runs().runs()) {
       const bool domain = msrp && static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
       if (domain != domains) continue;
       for (std::size_t i = 0; i < run.count; ++i) {
-        const std::size_t size = receivedFrame_.parsedRunValue(run, i, octets);
         processParsedValue(intfId, {run.attributeType, run.firstKey + i}, receivedFrame_.runs().event(run, i),
-                           std::span(octets.data(), size));
+                           [&](const MrpAttrDatabase* stored) { fillMrpLibFromRun(run, i, stored); });
       }
     }
   }
@@ -77,20 +77,27 @@ void MrpSm::processParsedAttribute(const MrpParsedAttributeKey& key, const Velo:
   const Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttribute(key);
   if (!parsedAttribute) return;
   const auto octets = savedOctets(*parsedAttribute);
-  processParsedValue(intfId, key, parsedAttribute->attributeEvent(), octets);
+  processParsedValue(intfId, key, parsedAttribute->attributeEvent(),
+                     [&](const MrpAttrDatabase* stored) { fillMrpLibFromSavedValue(key, octets, stored); });
 }
 
+// The registration is found, or created, once: the fill, the applicant and
+// the registrar all act on it.
+template <class Fill>
 void MrpSm::processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
-                               std::span<const std::uint8_t> octets) {
-  fillMrpLibFromSavedValue(intfId, key, octets);
+                               Fill&& fill) {
   parseContext_->intfIdIs(intfId);
   parseContext_->attributeTypeIs(key.attributeType);
   parseContext_->attributeKeyIs(key.attributeKey);
   parseContext_->attributeEventIs(event);
+  Quarn::Ptr<MrpAttrDatabase> entry = mrpGetAttrFromDatabase(intfId, key.attributeType, key.attributeKey, true);
+  fill(entry.ptr());
+  // A new registration takes the received value the fill put in place.
+  if (!entry) entry = mrpAddAttrToDatabase(intfId, key.attributeType, key.attributeKey, false);
   applicantSm_->applicantEventIs(MrpApplicantSm::mrpMapRxApplicantEvent(event));
-  applicantSm_->handleApplicantEvent();
+  applicantSm_->handleApplicantEvent(*entry);
   registrarSm_->registrarEventIs(MrpRegistrarSm::mrpMapRxRegistrarEvent(event));
-  registrarSm_->handleRegistrarEvent();
+  registrarSm_->handleRegistrarEvent(*entry);
 }
 
 void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attributeType) {
@@ -98,8 +105,9 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
   mrpAttrIterWalk(intfId, attributeType, [&](std::uint64_t key) {
     MRP_TRACE(8, "mrpProcessRxLeaveAll: attributeKey = 0x" << std::hex << key << std::dec
                  << " Type= " << static_cast<unsigned>(attributeType) << "interface = " << intfId);
-    mrpFillContextFromDatabase({intfId, attributeType, key});
-    Quarn::Ptr<MrpAttrDatabase> entry = mrpGetAttribute(false);
+    const MrpAttribute attribute{intfId, attributeType, key};
+    const Quarn::Ptr<MrpAttrDatabase> entry = mrpGetAttrFromDatabase(intfId, attributeType, key, true);
+    mrpFillContextFromDatabase(attribute, entry.ptr());
     if (!entry) {
       removeFromAttrIter(intfId, attributeType, key);
       return;
@@ -114,23 +122,24 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
     }
     entry->registrarStateIs(lookAhead);
     applicantSm_->applicantEventIs(MrpApplicantEvent::rxLvAll_);
-    applicantSm_->handleApplicantEvent();
-    if ((entry = mrpGetAttribute(false))) entry->registrarStateIs(saved);
+    applicantSm_->handleApplicantEvent(*entry);
+    entry->registrarStateIs(saved);
     registrarSm_->registrarEventIs(MrpRegistrarEvent::regLvAll_);
-    registrarSm_->handleRegistrarEvent();
+    registrarSm_->handleRegistrarEvent(*entry);
   });
 }
 
 void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute) {
-  const auto octets = savedOctets(parsedAttribute);
-  fillMrpLibFromSavedValue(intfId, parsedAttribute.key(), octets);
+  const MrpParsedAttributeKey& key = parsedAttribute.key();
+  const Quarn::Ptr<MrpAttrDatabase> stored = mrpGetAttrFromDatabase(intfId, key.attributeType, key.attributeKey, true);
+  fillMrpLibFromSavedValue(key, savedOctets(parsedAttribute), stored.ptr());
 }
 
-void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
-                                     std::span<const std::uint8_t> octets) {
+void MrpSm::fillMrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
+                                     const MrpAttrDatabase* stored) {
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      fillMsrpLibFromSavedValue(intfId, key, octets);
+      fillMsrpLibFromSavedValue(key, octets, stored);
       break;
     case MrpApplication::mvrp:
       fillMvrpLibFromSavedValue(key, octets);
@@ -138,8 +147,8 @@ void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsed
   }
 }
 
-void MrpSm::fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key,
-                                      std::span<const std::uint8_t> octets) {
+void MrpSm::fillMsrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
+                                      const MrpAttrDatabase* stored) {
   const auto fill = [&](auto& field) { field = valueFromBytes<std::remove_reference_t<decltype(field)>>(octets); };
   const bool known = withMsrpValue(*mrpLib_, key.attributeType, false, fill);
   withMsrpValue(*mrpLib_, key.attributeType, true, fill);
@@ -147,10 +156,7 @@ void MrpSm::fillMsrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParse
     MRP_TRACE(8, " valueSize = 0!! ");
     return;
   }
-  if (static_cast<MsrpAttrType>(key.attributeType) != MsrpAttrType::domainVector) return;
-  // A Domain is answered with the port's stored domain, not the received one.
-  const Quarn::Ptr<MrpAttrDatabase> stored = mrpGetAttrFromDatabase(intfId, key.attributeType, key.attributeKey, true);
-  if (stored) mrpLib_->msrpDomainVectorTx() = valueFromBytes<MsrpDomainAttribute>(stored->attributeValues());
+  answerDomainWithStored(key.attributeType, stored);
 }
 
 void MrpSm::fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets) {
@@ -158,6 +164,26 @@ void MrpSm::fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::spa
   const bool known = withMvrpValue(*mrpLib_, key.attributeType, false, fill);
   withMvrpValue(*mrpLib_, key.attributeType, true, fill);
   if (!known) MRP_TRACE(8, " valueSize = 0!! ");
+}
+
+void MrpSm::fillMrpLibFromRun(const MrpParsedRuns::Run& run, std::size_t index, const MrpAttrDatabase* stored) {
+  withReceiveField(*mrpLib_, run.attributeType, [&](auto& received) {
+    using Record = std::remove_cvref_t<decltype(received)>;
+    received = mrpParsedRunValue<Record>(receivedFrame_.runs(), run, index);
+    withValueField(*mrpLib_, run.attributeType, true, [&](auto& transmitted) {
+      if constexpr (std::is_same_v<std::remove_cvref_t<decltype(transmitted)>, Record>) transmitted = received;
+    });
+  });
+  answerDomainWithStored(run.attributeType, stored);
+}
+
+// A Domain is answered with the port's stored domain, not the received one.
+void MrpSm::answerDomainWithStored(std::uint8_t attributeType, const MrpAttrDatabase* stored) {
+  if (mrpLib_->application() != MrpApplication::msrp ||
+      static_cast<MsrpAttrType>(attributeType) != MsrpAttrType::domainVector || stored == nullptr) {
+    return;
+  }
+  mrpLib_->msrpDomainVectorTx() = valueFromBytes<MsrpDomainAttribute>(stored->attributeValues());
 }
 
 }  // namespace Mrp

@@ -83,17 +83,22 @@ bool withMvrpValue(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
   return withMvrpValueType(attributeType, [&](auto type) { f(mrpLibField(lib, tx, type)); });
 }
 
-// Runs `f` on the receive field of an attribute type of the service object's
-// application; false for a type it does not have.
+// Runs `f` on the transmit (`tx`) or receive field of an attribute type of
+// the service object's application; false for a type it does not have.
 template <class F>
-bool withReceiveField(MrpLib& lib, std::uint8_t attributeType, F&& f) {
+bool withValueField(MrpLib& lib, std::uint8_t attributeType, bool tx, F&& f) {
   switch (lib.application()) {
     case MrpApplication::msrp:
-      return withMsrpValue(lib, attributeType, false, f);
+      return withMsrpValue(lib, attributeType, tx, f);
     case MrpApplication::mvrp:
-      return withMvrpValue(lib, attributeType, false, f);
+      return withMvrpValue(lib, attributeType, tx, f);
   }
   return false;
+}
+
+template <class F>
+bool withReceiveField(MrpLib& lib, std::uint8_t attributeType, F&& f) {
+  return withValueField(lib, attributeType, false, f);
 }
 
 }  // namespace Mrp

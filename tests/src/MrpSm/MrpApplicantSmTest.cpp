@@ -2,12 +2,10 @@
 
 #include <array>
 #include <cstdint>
-#include <sstream>
-#include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "MrpSm/MrpApplicantTransitions.h"
 #include "quarn/Trace.h"
 #include "support/CurrentAttribute.h"
 #include "support/EngineScenario.h"
@@ -68,127 +66,49 @@ class MrpApplicantSmTest : public EngineScenario {
   ScenarioEngine& engine = engineNew("A", Mrp::MrpApplication::mvrp);
 };
 
-// ---- The transition table, written as its cells are: "sN×2 → QA",
-// ---- "sR(false), stay VO", "→ AO", "—" (ignored).
+// ---- The transition table: the engine carries out every cell of the
+// ---- code's table, for a registrar IN and one that is not.
 
-// One message of a cell: which send operation, into which packet.
-struct Send {
-  char operation;  // 'N' New, 'J' Join, 'R' registered state, 'L' Leave
-  bool secondPktContext;
-};
-
-struct Cell {
-  std::vector<Send> sends;
-  State next;
-};
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
-}
-
-State stateNamed(std::string_view name) {
-  for (unsigned code = 0; code <= 11; ++code) {
-    std::ostringstream text;
-    text << static_cast<State>(code);
-    if (text.str() == name) return static_cast<State>(code);
-  }
-  throw std::invalid_argument("no applicant state " + std::string(name));
-}
-
-std::vector<Send> sendsNamed(std::string_view name) {
-  if (name == "sN×2") return {{'N', false}, {'N', true}};
-  if (name == "sJ×2") return {{'J', false}, {'J', true}};
-  if (name == "sN(false)") return {{'N', false}};
-  if (name == "sJ(false)") return {{'J', false}};
-  if (name == "sJ(true)") return {{'J', true}};
-  if (name == "sR(false)") return {{'R', false}};
-  if (name == "sL") return {{'L', false}};
-  throw std::invalid_argument("no send operation " + std::string(name));
-}
-
-// A cell's text in the row of state `row`.
-Cell cellOf(std::string_view text, State row) {
-  if (text == "—") return {{}, row};
-  Cell cell{{}, row};
-  std::string_view sends;
-  if (const auto arrow = text.find("→"); arrow != std::string_view::npos) {
-    cell.next = stateNamed(trimmed(text.substr(arrow + std::string_view("→").size())));
-    sends = trimmed(text.substr(0, arrow));
-  } else if (const auto stay = text.find(", stay "); stay != std::string_view::npos) {
-    if (stateNamed(text.substr(stay + std::string_view(", stay ").size())) != row) {
-      throw std::invalid_argument("a cell stays in another row's state: " + std::string(text));
-    }
-    sends = text.substr(0, stay);
-  } else {
-    throw std::invalid_argument("a cell without its next state: " + std::string(text));
-  }
-  while (!sends.empty()) {
-    const auto comma = sends.find(", ");
-    for (const Send& send : sendsNamed(sends.substr(0, comma))) cell.sends.push_back(send);
-    sends = comma == std::string_view::npos ? std::string_view() : sends.substr(comma + 2);
-  }
-  return cell;
-}
-
-// The attribute event a send operation puts on the wire: Join and the
-// registered state follow the registrar (IN, or anything else).
-unsigned attributeEventOf(char operation, Registrar registrar) {
+// The attribute event a message puts on the wire: Join and the registered
+// state follow the registrar (IN, or anything else).
+unsigned attributeEventOf(Mrp::MrpApplicantTransition::Send send, Registrar registrar) {
+  using Send = Mrp::MrpApplicantTransition::Send;
   using Wire = Mrp::MrpThreePackedEvent;
   const bool in = registrar == Registrar::in;
-  switch (operation) {
-    case 'N': return static_cast<unsigned>(Wire::newEvent);
-    case 'J': return static_cast<unsigned>(in ? Wire::joinIn : Wire::joinMt);
-    case 'R': return static_cast<unsigned>(in ? Wire::in : Wire::mt);
-    default: return static_cast<unsigned>(Wire::lv);
+  switch (send) {
+    case Send::newFirst:
+    case Send::newSecond: return static_cast<unsigned>(Wire::newEvent);
+    case Send::joinFirst:
+    case Send::joinSecond: return static_cast<unsigned>(in ? Wire::joinIn : Wire::joinMt);
+    case Send::registeredStateFirst: return static_cast<unsigned>(in ? Wire::in : Wire::mt);
+    case Send::leave: break;
   }
+  return static_cast<unsigned>(Wire::lv);
 }
 
-const std::array<Event, 11> kColumns = {Event::newReq, Event::joinReq, Event::lvReq,   Event::redeclare,
-                                        Event::rJoinIn, Event::rIn,    Event::rJoinMt, Event::rMt,
-                                        Event::rLv,     Event::rxLvAll_, Event::txLvAll};
-
-struct Row {
-  State state;
-  std::array<const char*, 11> cells;
-};
-
-// clang-format off
-const Row kApplicantTable[] = {
-  // State     New! (0)     Join! (1)          Lv! (2)    Re-declare! (3)       rJoinIn! (6)       rIn! (7)  rJoinMt! (8)       rMt! (9)           rLv! (10)             rLA! (11)             txLA! (12)
-  {State::vo, {"sN×2 → QA", "sJ×2 → QA",       "—",       "sR(false), stay VO", "→ AO",            "—",      "—",               "—",               "sR(false), stay VO", "sR(false), stay VO", "sR(false), stay VO"}},
-  {State::vp, {"sN×2 → QA", "—",               "→ VO",    "—",                  "sJ(false) → QA",  "—",      "—",               "—",               "—",                  "—",                  "sR(false), sJ(true) → QA"}},
-  {State::vn, {"—",         "—",               "sL → VO", "—",                  "—",               "—",      "—",               "—",               "—",                  "—",                  "sN×2 → QA"}},
-  {State::an, {"—",         "—",               "sL → VO", "sN×2 → QA",          "—",               "—",      "—",               "—",               "sN×2 → QA",          "sN×2 → QA",          "sN(false) → QA"}},
-  {State::aa, {"sN×2 → QA", "—",               "sL → VO", "sJ×2 → QA",          "→ QA",            "→ QA",   "—",               "—",               "sJ×2 → QA",          "sJ×2 → QA",          "—"}},
-  {State::qa, {"sN×2 → QA", "sJ×2 → QA",       "sL → VO", "sJ×2 → QA",          "—",               "—",      "sJ(false) → QA",  "sJ(false) → QA",  "sJ×2 → QA",          "sJ×2 → QA",          "sJ(false), stay QA"}},
-  {State::la, {"sN×2 → QA", "sJ(false) → QA",  "—",       "—",                  "—",               "—",      "—",               "—",               "—",                  "—",                  "sR(false) → VO"}},
-  {State::ao, {"sN×2 → QA", "sJ(false) → QA",  "—",       "sR(false) → VO",     "→ QO",            "—",      "—",               "—",               "sR(false) → VO",     "sR(false) → VO",     "sR(false) → VO"}},
-  {State::qo, {"sN×2 → QA", "→ QP",            "—",       "sR(false) → VO",     "—",               "—",      "→ AO",            "→ AO",            "sR(false) → VO",     "sR(false) → VO",     "sR(false) → VO"}},
-  {State::ap, {"sN×2 → QA", "—",               "→ AO",    "sJ×2 → QA",          "→ QP",            "—",      "—",               "—",               "sJ×2 → QA",          "sJ×2 → QA",          "sJ(false) → QA"}},
-  {State::qp, {"sN×2 → QA", "—",               "→ QO",    "sJ×2 → QA",          "—",               "—",      "sJ(false) → QA",  "sJ(false) → QA",  "sJ×2 → QA",          "sJ×2 → QA",          "sJ(false) → QA"}},
-  {State::lo, {"sN×2 → QA", "sJ×2 → QA",       "—",       "—",                  "—",               "—",      "→ VO",            "→ VO",            "—",                  "—",                  "—"}},
-};
-// clang-format on
+bool intoSecondPacket(Mrp::MrpApplicantTransition::Send send) {
+  using Send = Mrp::MrpApplicantTransition::Send;
+  return send == Send::newSecond || send == Send::joinSecond;
+}
 
 // Left out of the table: ignored in every state.
 const std::array<Event, 3> kIgnoredEverywhere = {Event::flush, Event::rNew, Event::noEvent};
 
 TEST_F(MrpApplicantSmTest, EveryStoredStateAndEventFollowsTheTransitionTable) {
-  ASSERT_EQ(std::size(kApplicantTable), 12u);
-  for (const Row& row : kApplicantTable) {
-    for (std::size_t column = 0; column < kColumns.size(); ++column) {
-      const Cell cell = cellOf(row.cells[column], row.state);
+  namespace Table = Mrp::MrpApplicantTable;
+  ASSERT_EQ(std::size(Table::kRows), 12u);
+  for (const Table::Row& row : Table::kRows) {
+    for (std::size_t column = 0; column < Table::kColumns.size(); ++column) {
+      const Mrp::MrpApplicantTransition& cell = row.cells[column];
       for (const Registrar registrar : {Registrar::in, Registrar::mt}) {
-        SCOPED_TRACE(::testing::Message() << row.state << " on " << kColumns[column] << " with registrar "
-                                          << registrar << ": " << row.cells[column]);
+        SCOPED_TRACE(::testing::Message() << row.state << " on " << Table::kColumns[column] << " with registrar "
+                                          << registrar << ": " << cell);
         Transition expected{{}, {}, cell.next};
-        for (const Send& send : cell.sends) {
-          (send.secondPktContext ? expected.secondPacket : expected.firstPacket)
-              .push_back(attributeEventOf(send.operation, registrar));
+        for (const Mrp::MrpApplicantTransition::Send send : cell.messages()) {
+          (intoSecondPacket(send) ? expected.secondPacket : expected.firstPacket)
+              .push_back(attributeEventOf(send, registrar));
         }
-        const Transition actual = transition(row.state, registrar, kColumns[column]);
+        const Transition actual = transition(row.state, registrar, Table::kColumns[column]);
         EXPECT_EQ(actual.firstPacket, expected.firstPacket);
         EXPECT_EQ(actual.secondPacket, expected.secondPacket);
         EXPECT_EQ(actual.state, expected.state);

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "support/EngineScenario.h"
+#include "support/CurrentAttribute.h"
 #include "support/FrameBuilder.h"
+#include "support/MrpSmParsePeer.h"
 #include "support/TxSend.h"
 
 namespace MrpTest {
@@ -152,6 +154,52 @@ TEST_F(MrpSmDispatchTest, AnswersToALeaveAllAreSentBeforeTheFramesDeclarationsAr
   EXPECT_EQ(frames[1].values, std::vector<SentValue>{joinIn}) << "the LeaveAll's answer, second packet";
   // The applicant runs before the registrar, which the LeaveAll left in LV.
   EXPECT_EQ(frames[2].values, (std::vector<SentValue>{{1, 10, kJoinMt, {0x00, 0x0A}}})) << "the answer to the JoinMt";
+}
+
+// A registration the port declares (applicant QA) whose registrar is MT or
+// LV, and a frame with a LeaveAll and a JoinIn for it: the applicant answers
+// the LeaveAll as if the JoinIn had registered it already, while the
+// registrar handles the LeaveAll from its stored state.
+struct LookAheadRow {
+  bool collectedByRuns;
+  MrpRegistrarState stored;
+  // Restored before the registrar's turn, MT indicates the frame's JoinIn.
+  std::size_t joinsIndicated;
+};
+
+TEST_F(MrpSmDispatchTest, LeaveAllIsAnsweredWithJoinInForAnMtOrLvRegistrationTheSameFrameDeclares) {
+  // clang-format off
+  const LookAheadRow rows[] = {
+    // Runs   Stored registrar        Joins indicated
+    {true,  MrpRegistrarState::mt,  1},
+    {false, MrpRegistrarState::mt,  1},
+    {true,  MrpRegistrarState::lv,  0},
+    {false, MrpRegistrarState::lv,  0},
+  };
+  // clang-format on
+  int engines = 0;
+  for (const LookAheadRow& row : rows) {
+    SCOPED_TRACE(::testing::Message() << (row.collectedByRuns ? "runs" : "value by value") << ", stored "
+                                      << row.stored);
+    const std::string port = "l" + std::to_string(engines);
+    ScenarioEngine& engine = engineNew("L" + std::to_string(engines++), MrpApplication::mvrp);
+    portUp(engine, port);
+    Mrp::MrpSmParsePeer::parsedRunsEnabledIs(engine.sm(), row.collectedByRuns);
+    engine.lib().mvrpVlanVectorTx() = MvrpVlanAttribute(10);
+    const Quarn::Ptr<Mrp::MrpAttrDatabase> entry =
+        currentAttributeIs(engine.sm(), {Velo::IntfId(port), 1, 10}, MrpApplicantState::qa, row.stored);
+    inject(port, frameOf(engine, kLeaveAllWithJoinInVlan10));
+
+    const auto frames = takeFrames(port);
+    // Without the look-ahead a registrar MT or LV makes the Join a JoinMt.
+    const SentValue joinIn{1, 10, kJoinIn, {0x00, 0x0A}};
+    ASSERT_EQ(frames.size(), 2u) << "the answers to the LeaveAll, in both packets";
+    EXPECT_EQ(frames[0].values, std::vector<SentValue>{joinIn});
+    EXPECT_EQ(frames[1].values, std::vector<SentValue>{joinIn});
+    EXPECT_EQ(entry->registrarState(), MrpRegistrarState::in) << "the frame's JoinIn registered it";
+    EXPECT_EQ(takeJoins(engine).size(), row.joinsIndicated);
+    EXPECT_EQ(engine.counters().numOfJoinIndications(), row.joinsIndicated);
+  }
 }
 
 TEST_F(MrpSmDispatchTest, LeaveAllDropsAnIndexedAttributeThatHasNoDatabaseEntry) {

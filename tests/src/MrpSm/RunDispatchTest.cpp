@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "quarn/Trace.h"
 #include "support/EngineScenario.h"
 #include "support/FrameBuilder.h"
 #include "support/MrpSmParsePeer.h"
@@ -91,6 +92,39 @@ TEST_F(RunDispatchTest, MvrpFramesDispatchAsCollectedValueByValue) {
   }
 }
 
+// The lines that deriving each value of a vector traces at level 8.
+std::vector<std::string> derivationLines(const Quarn::CaptureTraceSink& traces) {
+  std::vector<std::string> lines;
+  for (const auto& line : traces.lines()) {
+    for (const char* start : {" Vlan vector = ", " TalkerAdvertiseAttribute = ", " TalkerFailedAttribute = ",
+                              " Domain vector = ", "original dmac = "}) {
+      if (line.text.starts_with(start)) lines.push_back(line.text);
+    }
+  }
+  return lines;
+}
+
+// Traces `receive` writes at level 8 on one engine's port.
+template <class Receive>
+std::vector<std::string> derivationLinesOf(Receive receive) {
+  Quarn::CaptureTraceSink traces;
+  EXPECT_TRUE(Quarn::traceLevelsIs("MrpSm/8"));
+  receive();
+  Quarn::traceLevelsClear();
+  return derivationLines(traces);
+}
+
+TEST_F(RunDispatchTest, WhileLevelEightIsTracedEachValueIsTracedAsCollectedValueByValue) {
+  Quarn::Ptr<Mrp::MrpLib> encoder = Mrp::mrpLibFactory();
+  FrameBuilder b(*encoder, MrpApplication::mvrp);
+  b.message(1).vlan(Mrp::MvrpVlanAttribute(10), kJoinIn).append(kJoinIn).append(kJoinMt);
+  const Bytes mrpdu = b.mrpdu();
+  const std::vector<std::string> collectedByRuns = derivationLinesOf([&] { inject("r1", frameOf(runs, mrpdu)); });
+  const std::vector<std::string> valueByValue = derivationLinesOf([&] { inject("v1", frameOf(values, mrpdu)); });
+  EXPECT_EQ(valueByValue.size(), 2u) << "VLANs 11 and 12, derived from 10";
+  EXPECT_EQ(collectedByRuns, valueByValue);
+}
+
 class MsrpRunDispatchTest : public RunDispatchTest {
  protected:
   MsrpRunDispatchTest() : RunDispatchTest(MrpApplication::msrp) {}
@@ -119,6 +153,18 @@ TEST_F(MsrpRunDispatchTest, MsrpFramesOfEveryTypeDispatchAsCollectedValueByValue
     advance(random() % 4 == 0 ? 0.7 : 0.05);
     ASSERT_EQ(stateOf(runs, "r1"), stateOf(values, "v1")) << "frame " << frame;
   }
+}
+
+TEST_F(MsrpRunDispatchTest, WhileLevelEightIsTracedEachTalkerAndDomainIsTracedAsCollectedValueByValue) {
+  Quarn::Ptr<Mrp::MrpLib> encoder = Mrp::mrpLibFactory();
+  FrameBuilder b(*encoder, MrpApplication::msrp);
+  b.message(1).talker(talker(3), kJoinIn).append(kJoinIn);
+  b.message(4).domain(Mrp::MsrpDomainAttribute(6, 3, 2), kJoinIn).append(kJoinIn);
+  const Bytes mrpdu = b.mrpdu();
+  const std::vector<std::string> collectedByRuns = derivationLinesOf([&] { inject("r1", frameOf(runs, mrpdu)); });
+  const std::vector<std::string> valueByValue = derivationLinesOf([&] { inject("v1", frameOf(values, mrpdu)); });
+  EXPECT_EQ(valueByValue.size(), 4u) << "the first talker, the second's address and itself, the second domain";
+  EXPECT_EQ(collectedByRuns, valueByValue);
 }
 
 }  // namespace
