@@ -181,8 +181,10 @@ TEST_F(MrpSmDispatchTest, LeaveAllIsAnsweredWithJoinInForAnMtOrLvRegistrationThe
   for (const LookAheadRow& row : rows) {
     SCOPED_TRACE(::testing::Message() << (row.collectedByRuns ? "runs" : "value by value") << ", stored "
                                       << row.stored);
-    const std::string port = "l" + std::to_string(engines);
-    ScenarioEngine& engine = engineNew("L" + std::to_string(engines++), MrpApplication::mvrp);
+    // Appended, not "l" + ...: GCC 12 at -O3 misreads that as an overlapping copy.
+    const std::string number = std::to_string(engines++);
+    const std::string port = std::string("l").append(number);
+    ScenarioEngine& engine = engineNew(std::string("L").append(number), MrpApplication::mvrp);
     portUp(engine, port);
     Mrp::MrpSmParsePeer::parsedRunsEnabledIs(engine.sm(), row.collectedByRuns);
     engine.lib().mvrpVlanVectorTx() = MvrpVlanAttribute(10);
