@@ -7,6 +7,7 @@
 
 #include "MrpModel/MrpApplicantEvent.h"
 #include "MrpModel/MrpApplicantState.h"
+#include "MrpSm/MrpIgnoredTransitions.h"
 
 namespace Mrp {
 
@@ -128,13 +129,6 @@ constexpr std::array<std::uint8_t, static_cast<std::size_t>(Event::noEvent) + 1>
   return columns;
 }();
 
-// What a pair the table leaves out does, by state code: nothing.
-constexpr std::array<MrpApplicantTransition, 256> kIgnoredIn = [] {
-  std::array<MrpApplicantTransition, 256> ignored{};
-  for (std::size_t code = 0; code < ignored.size(); ++code) ignored[code].next = static_cast<State>(code);
-  return ignored;
-}();
-
 }  // namespace MrpApplicantTable
 
 // What the applicant does for `event` in `state`. Every pair the table
@@ -147,7 +141,7 @@ constexpr const MrpApplicantTransition& mrpApplicantTransition(MrpApplicantState
   if (stateCode < std::size(kRows) && eventCode < kColumnOfEvent.size() && kColumnOfEvent[eventCode] != kNoColumn) {
     return kRows[stateCode].cells[kColumnOfEvent[eventCode]];
   }
-  return kIgnoredIn[stateCode];
+  return kMrpIgnoredTransitions<MrpApplicantTransition>[stateCode];
 }
 
 }  // namespace Mrp

@@ -8,6 +8,7 @@
 
 #include "MrpModel/MrpRegistrarEvent.h"
 #include "MrpModel/MrpRegistrarState.h"
+#include "MrpSm/MrpIgnoredTransitions.h"
 
 namespace Mrp {
 
@@ -116,13 +117,6 @@ constexpr std::array<std::array<std::uint8_t, kEvents>, kStates> kRowOf = [] {
   return rows;
 }();
 
-// What a pair the table leaves out does, by state code: nothing.
-constexpr std::array<MrpRegistrarTransition, 256> kIgnoredIn = [] {
-  std::array<MrpRegistrarTransition, 256> ignored{};
-  for (std::size_t code = 0; code < ignored.size(); ++code) ignored[code].next = static_cast<State>(code);
-  return ignored;
-}();
-
 }  // namespace MrpRegistrarTable
 
 // What the registrar does for `event` in `state`. Every pair the table
@@ -135,7 +129,7 @@ constexpr const MrpRegistrarTransition& mrpRegistrarTransition(MrpRegistrarState
   if (stateCode < kStates && eventCode < kEvents && kRowOf[stateCode][eventCode] != kNoRow) {
     return kRows[kRowOf[stateCode][eventCode]].transition;
   }
-  return kIgnoredIn[stateCode];
+  return kMrpIgnoredTransitions<MrpRegistrarTransition>[stateCode];
 }
 
 }  // namespace Mrp
