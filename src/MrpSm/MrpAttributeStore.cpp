@@ -23,17 +23,8 @@ Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::mrpGetAttrFromDatabase(const Velo
                                                                       const std::uint64_t& key,
                                                                       bool useLocalCopy) const {
   const MrpAttribute attribute{intfId, attributeType, key};
-  if (!useLocalCopy) return storedEntry(attribute);
-  if (Quarn::Ptr<MrpAttrDatabase> pending = addPendingAttr(attribute)) return pending;
-  return storedEntry(attribute);
-}
-
-Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::storedEntry(const MrpAttribute& attribute) const {
-  const Quarn::Ptr<MrpIntfTypeApplicant> type = mrpIntfTypeApplicant(attribute.intfId, attribute.attributeType);
-  if (!type) return nullptr;
-  const Quarn::Ptr<MrpAttrDatabase> stored = type->mrpAttribute(attribute.attributeKey);
-  if (!stored || deletePendingAttr(attribute)) return nullptr;
-  return stored;
+  const Quarn::Ptr<MrpIntfTypeApplicant> registrations = mrpIntfTypeApplicant(intfId, attributeType);
+  return useLocalCopy ? entryIn(registrations.ptr(), attribute) : storedIn(registrations.ptr(), attribute);
 }
 
 Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::createEntryInDatabase(const Velo::IntfId& intfId,
@@ -46,8 +37,12 @@ Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::createEntryInDatabase(const Velo:
 }
 
 Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::addPendingAttr(const MrpAttribute& attribute) const {
+  return pendingAddition(attribute);
+}
+
+MrpAttrDatabase* MrpAttributeStore::pendingAdditionFound(const MrpAttribute& attribute) const {
   const auto at = addPendingLowerBound(attribute);
-  return at != addPendingAttr_.end() && at->first == attribute ? at->second : nullptr;
+  return at != addPendingAttr_.end() && at->first == attribute ? at->second.ptr() : nullptr;
 }
 
 MrpAttributeStore::AddPendingAttrMap::const_iterator MrpAttributeStore::addPendingLowerBound(
@@ -82,7 +77,7 @@ void MrpAttributeStore::addPendingAttrIs(const MrpAttribute& attribute, Quarn::P
   addPendingFinger_ = {at, addPendingErasures_};
 }
 
-bool MrpAttributeStore::deletePendingAttr(const MrpAttribute& attribute) const {
+bool MrpAttributeStore::deletePendingListed(const MrpAttribute& attribute) const {
   auto it = deletePendingAttr_.find(attribute);
   return it != deletePendingAttr_.end() && it->second;
 }

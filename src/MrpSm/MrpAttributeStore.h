@@ -8,6 +8,7 @@
 #include "MrpModel/MrpApplication.h"
 #include "MrpModel/MrpAttrDatabase.h"
 #include "MrpModel/MrpAttribute.h"
+#include "MrpModel/MrpIntfTypeApplicant.h"
 #include "MrpModel/MrpStatus.h"
 #include "MrpSm/MrpAttrIter.h"
 #include "quarn/Ptr.h"
@@ -51,6 +52,13 @@ class MrpAttributeStore {
   // as absent.
   Quarn::Ptr<MrpAttrDatabase> mrpGetAttrFromDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
                                                      const std::uint64_t& key, bool useLocalCopy) const;
+  // The same with the port and type's collection, looked up once by the
+  // caller for many keys (null when the store has none): a received
+  // vector's values. Pending maps are searched only when not empty.
+  MrpAttrDatabase* entryIn(const MrpIntfTypeApplicant* registrations, const MrpAttribute& attribute) const {
+    if (MrpAttrDatabase* pending = pendingAddition(attribute)) return pending;
+    return storedIn(registrations, attribute);
+  }
   // The store's entry, made with any missing level; used to commit additions.
   Quarn::Ptr<MrpAttrDatabase> createEntryInDatabase(const Velo::IntfId& intfId, std::uint8_t attributeType,
                                                     const std::uint64_t& key);
@@ -82,7 +90,9 @@ class MrpAttributeStore {
 
   const DeletePendingAttrMap& deletePendingAttrs() const { return deletePendingAttr_; }
   // False when the attribute is not listed.
-  bool deletePendingAttr(const MrpAttribute& attribute) const;
+  bool deletePendingAttr(const MrpAttribute& attribute) const {
+    return !deletePendingAttr_.empty() && deletePendingListed(attribute);
+  }
   void deletePendingAttrIs(const MrpAttribute& attribute, bool pending) {
     deletePendingAttr_[attribute] = pending;
   }
@@ -114,7 +124,17 @@ class MrpAttributeStore {
 
  private:
   // The stored entry, absent while its deletion is pending.
-  Quarn::Ptr<MrpAttrDatabase> storedEntry(const MrpAttribute& attribute) const;
+  MrpAttrDatabase* storedIn(const MrpIntfTypeApplicant* registrations, const MrpAttribute& attribute) const {
+    if (!registrations) return nullptr;
+    const Quarn::Ptr<MrpAttrDatabase>* stored = registrations->mrpAttributes().find(attribute.attributeKey);
+    return stored && !deletePendingAttr(attribute) ? stored->ptr() : nullptr;
+  }
+  // The look-ups of the pending maps, which are mostly empty and then not searched.
+  MrpAttrDatabase* pendingAddition(const MrpAttribute& attribute) const {
+    return addPendingAttr_.empty() ? nullptr : pendingAdditionFound(attribute);
+  }
+  MrpAttrDatabase* pendingAdditionFound(const MrpAttribute& attribute) const;
+  bool deletePendingListed(const MrpAttribute& attribute) const;
   // The first pending addition not before `attribute`, tried beside the
   // last one found before the whole map is searched.
   AddPendingAttrMap::const_iterator addPendingLowerBound(const MrpAttribute& attribute) const;

@@ -401,8 +401,8 @@ class MrpSm : public Quarn::PtrInterface, public Quarn::Lifecycle, private MrpPo
   // Makes one received value current, `fill(stored)` putting it into the
   // service object's fields, then applicant and registrar on its entry.
   template <class Fill>
-  void processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
-                          Fill&& fill);
+  void processParsedValue(const Velo::IntfId& intfId, const MrpIntfTypeApplicant* registrations,
+                          const MrpParsedAttributeKey& key, std::uint8_t event, Fill&& fill);
   // The run's value `index` into the receive and transmit fields of its type.
   void fillMrpLibFromRun(const MrpParsedRuns::Run& run, std::size_t index, const MrpAttrDatabase* stored);
   // A received Domain's transmit field from its stored registration.

@@ -64,8 +64,11 @@ void MrpSm::processParsedRuns(const Velo::IntfId& intfId) {
     for (const MrpParsedRuns::Run& run : receivedFrame_.runs().runs()) {
       const bool domain = msrp && static_cast<MsrpAttrType>(run.attributeType) == MsrpAttrType::domainVector;
       if (domain != domains) continue;
+      const Quarn::Ptr<MrpIntfTypeApplicant> registrations =
+          attributeStore_.mrpIntfTypeApplicant(intfId, run.attributeType);
       for (std::size_t i = 0; i < run.count; ++i) {
-        processParsedValue(intfId, {run.attributeType, run.firstKey + i}, receivedFrame_.runs().event(run, i),
+        processParsedValue(intfId, registrations.ptr(), {run.attributeType, run.firstKey + i},
+                           receivedFrame_.runs().event(run, i),
                            [&](const MrpAttrDatabase* stored) { fillMrpLibFromRun(run, i, stored); });
       }
     }
@@ -77,23 +80,25 @@ void MrpSm::processParsedAttribute(const MrpParsedAttributeKey& key, const Velo:
   const Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttribute(key);
   if (!parsedAttribute) return;
   const auto octets = savedOctets(*parsedAttribute);
-  processParsedValue(intfId, key, parsedAttribute->attributeEvent(),
+  processParsedValue(intfId, attributeStore_.mrpIntfTypeApplicant(intfId, key.attributeType).ptr(), key,
+                     parsedAttribute->attributeEvent(),
                      [&](const MrpAttrDatabase* stored) { fillMrpLibFromSavedValue(key, octets, stored); });
 }
 
 // The registration is found, or created, once: the fill, the applicant and
-// the registrar all act on it.
+// the registrar all act on it. The store holds it meanwhile: the machines
+// only queue additions and deletions, which the review machines commit later.
 template <class Fill>
-void MrpSm::processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttributeKey& key, std::uint8_t event,
-                               Fill&& fill) {
+void MrpSm::processParsedValue(const Velo::IntfId& intfId, const MrpIntfTypeApplicant* registrations,
+                               const MrpParsedAttributeKey& key, std::uint8_t event, Fill&& fill) {
   parseContext_->intfIdIs(intfId);
   parseContext_->attributeTypeIs(key.attributeType);
   parseContext_->attributeKeyIs(key.attributeKey);
   parseContext_->attributeEventIs(event);
-  Quarn::Ptr<MrpAttrDatabase> entry = mrpGetAttrFromDatabase(intfId, key.attributeType, key.attributeKey, true);
-  fill(entry.ptr());
+  MrpAttrDatabase* entry = attributeStore_.entryIn(registrations, {intfId, key.attributeType, key.attributeKey});
+  fill(entry);
   // A new registration takes the received value the fill put in place.
-  if (!entry) entry = mrpAddAttrToDatabase(intfId, key.attributeType, key.attributeKey, false);
+  if (!entry) entry = mrpAddAttrToDatabase(intfId, key.attributeType, key.attributeKey, false).ptr();
   applicantSm_->applicantEventIs(MrpApplicantSm::mrpMapRxApplicantEvent(event));
   applicantSm_->handleApplicantEvent(*entry);
   registrarSm_->registrarEventIs(MrpRegistrarSm::mrpMapRxRegistrarEvent(event));
@@ -102,12 +107,13 @@ void MrpSm::processParsedValue(const Velo::IntfId& intfId, const MrpParsedAttrib
 
 void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attributeType) {
   MRP_TRACE(7, "MrpSm::mrpProcessRxLeaveAll( " << intfId << ", " << static_cast<unsigned>(attributeType) << " )");
+  const Quarn::Ptr<MrpIntfTypeApplicant> registrations = attributeStore_.mrpIntfTypeApplicant(intfId, attributeType);
   mrpAttrIterWalk(intfId, attributeType, [&](std::uint64_t key) {
     MRP_TRACE(8, "mrpProcessRxLeaveAll: attributeKey = 0x" << std::hex << key << std::dec
                  << " Type= " << static_cast<unsigned>(attributeType) << "interface = " << intfId);
     const MrpAttribute attribute{intfId, attributeType, key};
-    const Quarn::Ptr<MrpAttrDatabase> entry = mrpGetAttrFromDatabase(intfId, attributeType, key, true);
-    mrpFillContextFromDatabase(attribute, entry.ptr());
+    MrpAttrDatabase* entry = attributeStore_.entryIn(registrations.ptr(), attribute);
+    mrpFillContextFromDatabase(attribute, entry);
     if (!entry) {
       removeFromAttrIter(intfId, attributeType, key);
       return;
