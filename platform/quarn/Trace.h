@@ -77,12 +77,16 @@ class CaptureTraceSink : public TraceSink {
 }  // namespace Quarn
 
 // Emits one trace line when the tag has the level enabled. A disabled trace
-// costs one branch: `expr` (a stream expression) is not evaluated.
-#define QTRACE(tag, level, expr)                       \
-  do {                                                 \
-    if ((tag).enabled(level)) [[unlikely]] {           \
-      std::ostringstream quarnTraceStream_;            \
-      quarnTraceStream_ << expr;                       \
-      (tag).emit((level), quarnTraceStream_.str());    \
-    }                                                  \
+// costs one branch: `expr` (a stream expression) is not evaluated. The line
+// is formatted out of line, so the stream's setup does not weigh on the
+// function that traces.
+#define QTRACE(tag, level, expr)                                   \
+  do {                                                             \
+    if ((tag).enabled(level)) [[unlikely]] {                       \
+      [&]() __attribute__((noinline, cold)) {                      \
+        std::ostringstream quarnTraceStream_;                      \
+        quarnTraceStream_ << expr;                                 \
+        (tag).emit((level), quarnTraceStream_.str());              \
+      }();                                                         \
+    }                                                              \
   } while (0)
