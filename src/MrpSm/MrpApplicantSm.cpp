@@ -21,12 +21,6 @@ void MrpApplicantSm::handleInitialized() {
   initializedIs();
 }
 
-MrpApplicantEvent MrpApplicantSm::mrpMapRxApplicantEvent(std::uint8_t attributeEvent) {
-  constexpr std::uint8_t kLastThreePackedEvent = static_cast<std::uint8_t>(MrpThreePackedEvent::lv);
-  if (attributeEvent > kLastThreePackedEvent) return Event::noEvent;
-  return static_cast<Event>(attributeEvent + static_cast<std::uint8_t>(Event::rNew));
-}
-
 void MrpApplicantSm::mrpSetApplicantState(MrpApplicantState state) {
   if (Quarn::Ptr<MrpAttrDatabase> entry = mrpSm_->mrpGetAttribute(false)) entry->applicantStateIs(state);
 }
@@ -41,13 +35,8 @@ void MrpApplicantSm::handleApplicantEvent() {
 }
 
 void MrpApplicantSm::handleApplicantEvent(MrpAttrDatabase& entry) {
-  const MrpParseContext& context = *mrpSm_->parseContext();
   const State state = entry.applicantState();
-  MRP_TRACE(7, "void Mrp::MrpApplicantSm::handleApplicantEvent()");
-  MRP_TRACE(7, " Key = 0x" << std::hex << context.attributeKey() << std::dec
-                           << " Type= " << static_cast<unsigned>(context.attributeType())
-                           << " intf = " << context.intfId());
-  MRP_TRACE(7, " Enter: state = " << state << " event = " << applicantEvent_);
+  if (mrpSmTrace.enabled(7)) [[unlikely]] traceEntered(state);
   if (state > State::lo) {
     MRP_TRACE(8, "Invalid applicant State = " << state);
     return;
@@ -56,6 +45,15 @@ void MrpApplicantSm::handleApplicantEvent(MrpAttrDatabase& entry) {
   for (const MrpApplicantTransition::Send message : transition.messages()) send(message, entry);
   if (transition.writesState) entry.applicantStateIs(transition.next);
   MRP_TRACE(7, " Exit: handleApplicantEvent, state = " << entry.applicantState());
+}
+
+void MrpApplicantSm::traceEntered(State state) const {
+  const MrpParseContext& context = *mrpSm_->parseContext();
+  MRP_TRACE(7, "void Mrp::MrpApplicantSm::handleApplicantEvent()");
+  MRP_TRACE(7, " Key = 0x" << std::hex << context.attributeKey() << std::dec
+                           << " Type= " << static_cast<unsigned>(context.attributeType())
+                           << " intf = " << context.intfId());
+  MRP_TRACE(7, " Enter: state = " << state << " event = " << applicantEvent_);
 }
 
 void MrpApplicantSm::send(MrpApplicantTransition::Send message, const MrpAttrDatabase& entry) {

@@ -41,7 +41,11 @@ class MrpApplicantSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   // A received attribute event (New 0 .. Lv 5) as an applicant event (rNew!
   // .. rLv!); any other code is noEvent.
-  static MrpApplicantEvent mrpMapRxApplicantEvent(std::uint8_t attributeEvent);
+  static constexpr MrpApplicantEvent mrpMapRxApplicantEvent(std::uint8_t attributeEvent) {
+    constexpr auto kLastThreePackedEvent = static_cast<std::uint8_t>(MrpThreePackedEvent::lv);
+    if (attributeEvent > kLastThreePackedEvent) return MrpApplicantEvent::noEvent;
+    return static_cast<MrpApplicantEvent>(attributeEvent + static_cast<std::uint8_t>(MrpApplicantEvent::rNew));
+  }
   // Writes the current attribute's state if it has an entry; creates none.
   void mrpSetApplicantState(MrpApplicantState state);
 
@@ -56,6 +60,9 @@ class MrpApplicantSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   void mrpApplicantSendLeave();
 
  private:
+  // The lines a handled event starts with at trace level 7; kept out of the
+  // event's path, which runs for every received value.
+  [[gnu::cold]] void traceEntered(MrpApplicantState state) const;
   // One message of a transition, Join and the registered state following
   // the entry's registrar.
   void send(MrpApplicantTransition::Send send, const MrpAttrDatabase& entry);

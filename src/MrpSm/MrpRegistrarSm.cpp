@@ -64,18 +64,6 @@ Quarn::Seconds MrpRegistrarSm::txTimerTime() const { return mrpSm_->transmitter(
 // The timers run whatever the switch says; the change is only traced.
 void MrpRegistrarSm::handleCfgTimersEnabled() { MRP_TRACE(8, "void Mrp::MrpRegistrarSm::handleCfgTimersEnabled()"); }
 
-MrpRegistrarEvent MrpRegistrarSm::mrpMapRxRegistrarEvent(std::uint8_t attributeEvent) {
-  switch (static_cast<MrpThreePackedEvent>(attributeEvent)) {
-    case MrpThreePackedEvent::newEvent: return Event::rNew;
-    case MrpThreePackedEvent::joinIn: return Event::rJoinIn;
-    case MrpThreePackedEvent::joinMt: return Event::rJoinMt;
-    case MrpThreePackedEvent::lv: return Event::rLv;
-    case MrpThreePackedEvent::in:
-    case MrpThreePackedEvent::mt: break;
-  }
-  return Event::noEvent;
-}
-
 void MrpRegistrarSm::mrpSetRegistrarState(MrpRegistrarState state) {
   if (Quarn::Ptr<MrpAttrDatabase> entry = mrpSm_->mrpGetAttribute(false)) entry->registrarStateIs(state);
 }
@@ -97,11 +85,7 @@ bool MrpRegistrarSm::handleRegistrarEvent() {
 bool MrpRegistrarSm::handleRegistrarEvent(MrpAttrDatabase& entry) {
   const Event event = registrarEvent_;
   const State state = entry.registrarState();
-  MRP_TRACE(7, "void Mrp::MrpRegistrarSm::handleRegistrarEvent()");
-  MRP_TRACE(7, " Key = 0x" << std::hex << mrpSm_->parseContext()->attributeKey() << std::dec
-                           << " Type= " << static_cast<unsigned>(mrpSm_->parseContext()->attributeType())
-                           << " intf = " << mrpSm_->parseContext()->intfId());
-  MRP_TRACE(7, " Enter: state = " << state << " event = " << event);
+  if (mrpSmTrace.enabled(7)) [[unlikely]] traceEntered(state);
   if (event == Event::rLv) logLeave("received", state, event);
 
   bool discarded = false;
@@ -113,13 +97,7 @@ bool MrpRegistrarSm::handleRegistrarEvent(MrpAttrDatabase& entry) {
   MRP_TRACE(7, " Exit: state = " << entry.registrarState());
 
   if (discarded) {
-    const MrpAttribute attribute = currentAttribute();
-    char text[256];
-    std::snprintf(text, sizeof text, "Join was discarded by MSRP, interface: %s, attrType: %d, attrEvent: %d",
-                  attribute.intfId.name().c_str(), attribute.attributeType,
-                  mrpSm_->parseContext()->attributeEvent());
-    MRP_TRACE(4, text);
-    Quarn::log(MRP_ERROR, text);
+    reportDiscardedJoin();
     entry.registrarStateIs(State::mt);
   }
   // An attribute that neither machine holds any more goes away.
@@ -128,6 +106,24 @@ bool MrpRegistrarSm::handleRegistrarEvent(MrpAttrDatabase& entry) {
     mrpSm_->mrpDeleteAttrFromDatabase();
   }
   return false;
+}
+
+void MrpRegistrarSm::traceEntered(State state) const {
+  const MrpParseContext& context = *mrpSm_->parseContext();
+  MRP_TRACE(7, "void Mrp::MrpRegistrarSm::handleRegistrarEvent()");
+  MRP_TRACE(7, " Key = 0x" << std::hex << context.attributeKey() << std::dec
+                           << " Type= " << static_cast<unsigned>(context.attributeType())
+                           << " intf = " << context.intfId());
+  MRP_TRACE(7, " Enter: state = " << state << " event = " << registrarEvent_);
+}
+
+void MrpRegistrarSm::reportDiscardedJoin() const {
+  const MrpAttribute attribute = currentAttribute();
+  char text[256];
+  std::snprintf(text, sizeof text, "Join was discarded by MSRP, interface: %s, attrType: %d, attrEvent: %d",
+                attribute.intfId.name().c_str(), attribute.attributeType, mrpSm_->parseContext()->attributeEvent());
+  MRP_TRACE(4, text);
+  Quarn::log(MRP_ERROR, text);
 }
 
 bool MrpRegistrarSm::carryOut(const MrpRegistrarTransition& transition, State state, MrpAttrDatabase& entry) {

@@ -8,6 +8,7 @@
 #include "MrpModel/MrpParameters.h"
 #include "MrpModel/MrpRegistrarEvent.h"
 #include "MrpModel/MrpRegistrarState.h"
+#include "MrpModel/MrpThreePackedEvent.h"
 #include "MrpMsrp/MsrpAttrType.h"
 #include "MrpSm/MrpExplicitLeaveSm.h"
 #include "MrpSm/MrpExplicitLeaveSmMap.h"
@@ -63,7 +64,17 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
 
   // A received attribute event as a registrar event: In and Mt (and any
   // unknown code) are noEvent, so they never reach the registrar.
-  static MrpRegistrarEvent mrpMapRxRegistrarEvent(std::uint8_t attributeEvent);
+  static constexpr MrpRegistrarEvent mrpMapRxRegistrarEvent(std::uint8_t attributeEvent) {
+    switch (static_cast<MrpThreePackedEvent>(attributeEvent)) {
+      case MrpThreePackedEvent::newEvent: return MrpRegistrarEvent::rNew;
+      case MrpThreePackedEvent::joinIn: return MrpRegistrarEvent::rJoinIn;
+      case MrpThreePackedEvent::joinMt: return MrpRegistrarEvent::rJoinMt;
+      case MrpThreePackedEvent::lv: return MrpRegistrarEvent::rLv;
+      case MrpThreePackedEvent::in:
+      case MrpThreePackedEvent::mt: break;
+    }
+    return MrpRegistrarEvent::noEvent;
+  }
 
   // Leave timing of the current attribute: a received Lv gets a machine of
   // its own, any other leave shares its port and type's machine.
@@ -128,9 +139,14 @@ class MrpRegistrarSm : public Quarn::PtrInterface, public Quarn::Lifecycle {
   // The current attribute is of this MSRP type.
   bool msrpTypeIs(MsrpAttrType type) const;
   void listenerJoinWithoutIndication();
-  // The log lines of a received join and of a leave ("received" or "notified").
-  void logJoin(MrpRegistrarState state, MrpRegistrarEvent event) const;
-  void logLeave(const char* how, MrpRegistrarState state, MrpRegistrarEvent event) const;
+  // The log lines of a received join and of a leave ("received" or "notified"),
+  // of a join the application discarded, and the lines a handled event starts
+  // with at trace level 7: kept out of line, off the path a registered value
+  // takes again and again.
+  [[gnu::noinline]] void logJoin(MrpRegistrarState state, MrpRegistrarEvent event) const;
+  [[gnu::noinline]] void logLeave(const char* how, MrpRegistrarState state, MrpRegistrarEvent event) const;
+  [[gnu::cold]] void reportDiscardedJoin() const;
+  [[gnu::cold]] void traceEntered(MrpRegistrarState state) const;
   MrpAttribute currentAttribute() const;
   // The leave time of a leave the current event starts on the port.
   Quarn::Seconds leaveTimeOf(const Velo::IntfId& intfId) const;
