@@ -585,7 +585,7 @@ std::vector<Registration> Bridge::registrations() const {
     for (const std::string& port : ports_) {
       const Velo::IntfId intfId(port);
       for (std::uint8_t type = 1; type <= sm.maxAttrTypes(); ++type) {
-        const Quarn::Ptr<Mrp::MrpAttrIter> iter = sm.mrpAttrIter({intfId, type});
+        const Quarn::Ptr<Mrp::MrpAttrIter> iter = sm.attributeStore().mrpAttrIter({intfId, type});
         if (!iter) continue;
         for (std::uint64_t key : iter->attributeKeys()) {
           const Quarn::Ptr<Mrp::MrpAttrDatabase> entry = sm.mrpGetAttrFromDatabase(intfId, type, key, true);

@@ -22,7 +22,7 @@ inline void parseLoop(benchmark::State& state, Mrp::MrpSm& engine, const std::ve
   for (auto _ : state) {
     engine.parseMrpdu(Velo::Pkt::pktNew(pdu.data(), pdu.size()));
     benchmark::DoNotOptimize(engine.parseContext()->eventsCounter());
-    engine.parseResultsDelAll();
+    engine.receivedFrame().parseResultsDelAll();
   }
   if (engine.mrpCounters()->numOfMalformedPkts() != 0) state.SkipWithError("malformed PDU");
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * values));

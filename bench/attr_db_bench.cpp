@@ -87,7 +87,7 @@ void BM_AddAndCommit(benchmark::State& state) {
     bench->review();
     state.PauseTiming();
     storedBytes = static_cast<double>(MrpBench::liveHeapBytes - before) / kAttributes;
-    if (!bench->engine().addPendingAttrs().empty()) state.SkipWithError("additions left uncommitted");
+    if (!bench->engine().attributeStore().addPendingAttrs().empty()) state.SkipWithError("additions left uncommitted");
     bench.reset();
     state.ResumeTiming();
   }
@@ -138,7 +138,7 @@ void BM_DeleteAndCommit(benchmark::State& state) {
     bench->deleteAll();
     bench->review();
     state.PauseTiming();
-    if (!bench->engine().mrpAttrIters().empty()) state.SkipWithError("deletions left uncommitted");
+    if (!bench->engine().attributeStore().mrpAttrIters().empty()) state.SkipWithError("deletions left uncommitted");
     bench.reset();
     state.ResumeTiming();
   }

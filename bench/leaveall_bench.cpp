@@ -87,7 +87,7 @@ class LeaveAllBench {
   }
 
   std::uint64_t registered() const {
-    const Quarn::Ptr<Mrp::MrpAttrIter> iter = engine_->mrpAttrIter({kPort, 1});
+    const Quarn::Ptr<Mrp::MrpAttrIter> iter = engine_->attributeStore().mrpAttrIter({kPort, 1});
     return iter ? iter->attributeKeys().size() : 0;
   }
 

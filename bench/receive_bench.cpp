@@ -90,7 +90,7 @@ void BM_ReceiveFirstTime(benchmark::State& state) {
     state.PauseTiming();
     allocations += MrpBench::heapAllocations - before;
     if (bench->joins() != vlansOf(state)) state.SkipWithError("not every VLAN was indicated");
-    if (bench->engine().addPendingAttrs().size() != vlansOf(state)) state.SkipWithError("additions not queued");
+    if (bench->engine().attributeStore().addPendingAttrs().size() != vlansOf(state)) state.SkipWithError("additions not queued");
     bench.reset();
     state.ResumeTiming();
   }
@@ -105,7 +105,7 @@ void BM_ReceiveRegistered(benchmark::State& state) {
   ReceiveBench bench(vlansOf(state));
   bench.receive();
   bench.commit();
-  if (!bench.allRegistered() || !bench.engine().addPendingAttrs().empty()) {
+  if (!bench.allRegistered() || !bench.engine().attributeStore().addPendingAttrs().empty()) {
     state.SkipWithError("registrations not committed");
   }
   const std::size_t before = MrpBench::heapAllocations;

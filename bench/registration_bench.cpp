@@ -48,7 +48,7 @@ class RegistrationBench {
   std::int64_t registrations() const { return std::int64_t{ports_} * vlansPerPort_; }
   double bytesPerRegistration(std::size_t bytes) const { return static_cast<double>(bytes) / registrations(); }
   std::size_t leaveMachines() const { return wired_.engine().registrarSm()->explicitLeaveSms().size(); }
-  std::size_t pendingAdditions() const { return wired_.engine().addPendingAttrs().size(); }
+  std::size_t pendingAdditions() const { return wired_.engine().attributeStore().addPendingAttrs().size(); }
 
  private:
   void receiveOnEveryPort(const Velo::Pkt& frame) {

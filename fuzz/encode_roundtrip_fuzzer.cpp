@@ -349,7 +349,7 @@ class RoundTrip {
     const Octets pdu = builder_->mrpdu();
     engine_.parseMrpdu(Velo::Pkt::pktNew(pdu.data(), pdu.size()));
     check();
-    engine_.parseResultsDelAll();
+    engine_.receivedFrame().parseResultsDelAll();
     packetNew();
   }
 
@@ -366,13 +366,13 @@ class RoundTrip {
       auto& queue = domain ? msrpDomainKeys_ : otherKeys_;
       queue.push_back(o.key);
     }
-    checkQueue(otherKeys_, [this] { return engine_.mrpParsedAttributeKey().empty(); },
-               [this] { return engine_.mrpParsedAttributeKeyDeq(); });
-    checkQueue(msrpDomainKeys_, [this] { return engine_.msrpParsedDomainKey().empty(); },
-               [this] { return engine_.msrpParsedDomainKeyDeq(); });
-    if (engine_.mrpParsedAttributes().size() != last.size()) roundTripFailed("a different number of attributes");
+    checkQueue(otherKeys_, [this] { return engine_.receivedFrame().mrpParsedAttributeKey().empty(); },
+               [this] { return engine_.receivedFrame().mrpParsedAttributeKeyDeq(); });
+    checkQueue(msrpDomainKeys_, [this] { return engine_.receivedFrame().msrpParsedDomainKey().empty(); },
+               [this] { return engine_.receivedFrame().msrpParsedDomainKeyDeq(); });
+    if (engine_.receivedFrame().mrpParsedAttributes().size() != last.size()) roundTripFailed("a different number of attributes");
     for (const auto& [key, occurrence] : last) {
-      const auto parsed = engine_.mrpParsedAttribute(key);
+      const auto parsed = engine_.receivedFrame().mrpParsedAttribute(key);
       if (!parsed) roundTripFailed("an attribute is missing");
       if (parsed->attributeEvent() != occurrence->event) roundTripFailed("an event differs");
       const Mrp::ValueQueue& value = parsed->attributeValues();
@@ -381,7 +381,7 @@ class RoundTrip {
         if (value.at(Mrp::ValueIndex(static_cast<unsigned>(i))) != occurrence->value[i]) roundTripFailed("a value differs");
       }
     }
-    if (engine_.mrpRxLeaveAll() != leaveAllTypes_) roundTripFailed("the LeaveAll flags differ");
+    if (engine_.receivedFrame().mrpRxLeaveAll() != leaveAllTypes_) roundTripFailed("the LeaveAll flags differ");
   }
 
   template <class Empty, class Deq>

@@ -18,7 +18,7 @@ Quarn::Ptr<Mrp::MrpSm> mvrpEngine;
 
 // Each frame starts from empty collections, as after the engine's dispatch.
 void frameHandled(Mrp::MrpSm& engine) {
-  engine.parseResultsDelAll();
+  engine.receivedFrame().parseResultsDelAll();
 }
 
 }  // namespace

@@ -20,19 +20,19 @@ void copyEntry(const MrpAttrDatabase& from, MrpAttrDatabase& to) {
 MrpDatabaseAddSm::MrpDatabaseAddSm(MrpSm* mrpSm, MrpAttrLogSm* mrpAttrLogSm, Quarn::Ptr<Quarn::Clock> clock)
     : MrpDatabaseReviewSm("MrpDatabaseAddSm", mrpSm, mrpAttrLogSm, std::move(clock)) {}
 
-bool MrpDatabaseAddSm::pendingEmpty() const { return mrpSm()->addPendingAttrs().empty(); }
+bool MrpDatabaseAddSm::pendingEmpty() const { return mrpSm()->attributeStore().addPendingAttrs().empty(); }
 
 void MrpDatabaseAddSm::doReview() {
   if (!initialized()) return;
   MRP_TRACE(8, "MrpDatabaseAddSm::doReview()");
   MrpSm& engine = *mrpSm();
   // Commits from the front, so what a clogged log leaves keeps its order.
-  while (!engine.addPendingAttrs().empty() && !attrLogOutClogged()) {
-    const auto& [attribute, pending] = *engine.addPendingAttrs().begin();
+  while (!engine.attributeStore().addPendingAttrs().empty() && !attrLogOutClogged()) {
+    const auto& [attribute, pending] = *engine.attributeStore().addPendingAttrs().begin();
     const Quarn::Ptr<MrpAttrDatabase> stored =
         engine.createEntryInDatabase(attribute.intfId, attribute.attributeType, attribute.attributeKey);
     copyEntry(*pending, *stored);
-    engine.addPendingAttrDel(MrpAttribute(attribute));
+    engine.attributeStore().addPendingAttrDel(MrpAttribute(attribute));
   }
   doUpdateReviewTimer();
 }

@@ -78,7 +78,7 @@ void MrpIntfPamSm::handleMrpdu() {
   sm.processParsedAttributes(intfId_);
   sm.mrpCounters()->numOfPktsProcessedInc();
   sm.mrpTransmitTxAttributes();
-  sm.futureProtocolVersionIs(false);
+  sm.receivedFrame().futureProtocolVersionIs(false);
 }
 
 // With a VLAN tag, the frame's first 4 bytes go now and its first 14 after
@@ -127,7 +127,7 @@ void MrpIntfPamSm::mrpAllLeaveAllSm(std::uint8_t attributeType) {
   MRP_TRACE(8, "MrpIntfPamSm::mrpAllLeaveAllSm( " << unsigned{attributeType} << " )");
   MrpSm& sm = mrpSm();
   MrpLib& lib = *sm.mrpLib();
-  Quarn::Ptr<MrpAttrIter> iter = sm.mrpAttrIter({intfId_, attributeType});
+  Quarn::Ptr<MrpAttrIter> iter = sm.attributeStore().mrpAttrIter({intfId_, attributeType});
   if (!iter) {
     lib.mrpSendLeaveAll(attributeType, intfId_);
     return;
@@ -138,7 +138,7 @@ void MrpIntfPamSm::mrpAllLeaveAllSm(std::uint8_t attributeType) {
   const std::vector<std::uint64_t> keys(iter->attributeKeys().begin(), iter->attributeKeys().end());
   for (std::uint64_t key : keys) {
     const MrpAttribute attribute{intfId_, attributeType, key};
-    if (sm.deletePendingAttr(attribute)) continue;
+    if (sm.attributeStore().deletePendingAttr(attribute)) continue;
     // Found once; without an entry the applicant makes one.
     const Quarn::Ptr<MrpAttrDatabase> entry = sm.mrpGetAttrFromDatabase(intfId_, attributeType, key, true);
     sm.mrpFillContextFromDatabase(attribute, entry.ptr());

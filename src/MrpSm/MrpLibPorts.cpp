@@ -32,7 +32,7 @@ void MrpLib::mrpCleanUpIntfDatabase(const Velo::IntfId& intfId) {
   if (sm.standbyMode() || !sm.active()) return;
   sm.registrarSm()->mrpCancelLeavePending(intfId);
   for (std::uint8_t type = 1; type <= sm.maxAttrTypes(); ++type) {
-    const Quarn::Ptr<MrpAttrIter> iter = sm.mrpAttrIter({intfId, type});
+    const Quarn::Ptr<MrpAttrIter> iter = sm.attributeStore().mrpAttrIter({intfId, type});
     if (!iter) continue;
     // A deletion may shrink the index being walked.
     const std::vector<std::uint64_t> keys(iter->attributeKeys().begin(), iter->attributeKeys().end());
@@ -45,7 +45,7 @@ void MrpLib::mrpCleanUpIntfDatabaseAttribute(const Velo::IntfId& intfId, std::ui
   QASSERT(mrpSm());
   MrpSm& sm = *mrpSm();
   if (sm.standbyMode() || !sm.active()) return;
-  const Quarn::Ptr<MrpIntfTypeApplicant> stored = sm.mrpIntfTypeApplicant(intfId, attributeType);
+  const Quarn::Ptr<MrpIntfTypeApplicant> stored = sm.attributeStore().mrpIntfTypeApplicant(intfId, attributeType);
   if (stored && stored->mrpAttribute(attrKey)) sm.addAttrToDeletePending({intfId, attributeType, attrKey});
 }
 

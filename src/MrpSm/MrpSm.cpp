@@ -40,9 +40,9 @@ MrpSm::~MrpSm() {
   pduParser_.reset();
   parseContext_ = nullptr;
   mrpCounters_ = nullptr;
-  mrpParsedAttributeDelAll();
+  receivedFrame_.mrpParsedAttributeDelAll();
   mrpAttrLogSm_ = nullptr;
-  mrpAttrIterDelAll();
+  attributeStore_.mrpAttrIterDelAll();
   attributeStore_.reviewMachinesIs(nullptr, nullptr);
   mrpDatabaseDeleteSm_ = nullptr;
   mrpDatabaseAddSm_ = nullptr;

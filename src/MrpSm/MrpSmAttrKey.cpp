@@ -26,44 +26,36 @@ std::uint64_t mvrpKey(std::uint8_t attributeType, const MvrpVlanAttribute& vlan)
   return attributeType == 1 ? vlan.vlanId() : 0;
 }
 
+std::uint64_t msrpGetTxAttributeKey(MrpLib& lib, std::uint8_t attributeType) {
+  return msrpKey(attributeType, lib.msrpTalkerAdvertiseTx(), lib.msrpTalkerFailedTx(), lib.msrpListenerVectorTx(),
+                 lib.msrpDomainVectorTx());
+}
+
+std::uint64_t msrpGetRxAttributeKey(MrpLib& lib, std::uint8_t attributeType) {
+  return msrpKey(attributeType, lib.msrpTalkerAdvertiseRx(), lib.msrpTalkerFailedRx(), lib.msrpListenerVectorRx(),
+                 lib.msrpDomainVectorRx());
+}
+
 }  // namespace
 
-std::uint64_t MrpSm::msrpGetTxAttributeKey() const {
-  MrpLib& lib = *mrpLib_;
-  return msrpKey(parseContext_->attributeType(), lib.msrpTalkerAdvertiseTx(), lib.msrpTalkerFailedTx(),
-                 lib.msrpListenerVectorTx(), lib.msrpDomainVectorTx());
-}
-
-std::uint64_t MrpSm::msrpGetRxAttributeKey() const {
-  MrpLib& lib = *mrpLib_;
-  return msrpKey(parseContext_->attributeType(), lib.msrpTalkerAdvertiseRx(), lib.msrpTalkerFailedRx(),
-                 lib.msrpListenerVectorRx(), lib.msrpDomainVectorRx());
-}
-
-std::uint64_t MrpSm::mvrpGetTxAttributeKey() const {
-  return mvrpKey(parseContext_->attributeType(), mrpLib_->mvrpVlanVectorTx());
-}
-
-std::uint64_t MrpSm::mvrpGetRxAttributeKey() const {
-  return mvrpKey(parseContext_->attributeType(), mrpLib_->mvrpVlanVectorRx());
-}
-
 std::uint64_t MrpSm::mrpGetTxAttributeKey() const {
+  const std::uint8_t type = parseContext_->attributeType();
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      return msrpGetTxAttributeKey();
+      return msrpGetTxAttributeKey(*mrpLib_, type);
     case MrpApplication::mvrp:
-      return mvrpGetTxAttributeKey();
+      return mvrpKey(type, mrpLib_->mvrpVlanVectorTx());
   }
   return 0;
 }
 
 std::uint64_t MrpSm::mrpGetRxAttributeKey() const {
+  const std::uint8_t type = parseContext_->attributeType();
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      return msrpGetRxAttributeKey();
+      return msrpGetRxAttributeKey(*mrpLib_, type);
     case MrpApplication::mvrp:
-      return mvrpGetRxAttributeKey();
+      return mvrpKey(type, mrpLib_->mvrpVlanVectorRx());
   }
   return 0;
 }

@@ -45,6 +45,34 @@ bool sameValue(const MrpLib& lib, std::uint8_t attributeType, const MrpAttrDatab
   return std::equal(octets.begin(), octets.end(), stored.begin());
 }
 
+void mrpPopulateMsrpValueInDatabase(MrpLib& lib, std::uint8_t type, MrpAttrDatabase& entry, bool txAttribute) {
+  withMsrpValue(lib, type, txAttribute, [&](const auto& value) { storeValue(entry, firstValueBytes(lib, type, value)); });
+}
+
+void mrpPopulateMvrpValueInDatabase(MrpLib& lib, std::uint8_t type, MrpAttrDatabase& entry, bool txAttribute) {
+  withMvrpValue(lib, type, txAttribute, [&](const auto& value) { storeValue(entry, firstValueBytes(lib, type, value)); });
+}
+
+void mrpFillMsrpContextFromDatabase(MrpLib& lib, std::uint8_t type, const MrpAttrDatabase& entry) {
+  withMsrpValue(lib, type, true, [&](auto& field) { loadValue(lib, type, entry, field); });
+}
+
+void mrpFillMvrpContextFromDatabase(MrpLib& lib, std::uint8_t type, const MrpAttrDatabase& entry) {
+  withMvrpValue(lib, type, true, [&](auto& field) { loadValue(lib, type, entry, field); });
+}
+
+bool msrpRxVectorSameAsDatabaseAttr(MrpLib& lib, std::uint8_t type, const MrpAttrDatabase& entry) {
+  bool same = false;
+  withMsrpValue(lib, type, false, [&](const auto& value) { same = sameValue(lib, type, entry, value); });
+  return same;
+}
+
+// The VLAN identifier is the whole value, and the key.
+bool mvrpRxVectorSameAsDatabaseAttr(MrpLib& lib, const MrpParseContext& context) {
+  return static_cast<MvrpAttrType>(context.attributeType()) == MvrpAttrType::vlanVector &&
+         lib.mvrpVlanVectorRx().vlanId() == context.attributeKey();
+}
+
 }  // namespace
 
 Quarn::Ptr<MrpAttrDatabase> MrpSm::mrpGetAttribute(bool create) {
@@ -70,26 +98,15 @@ void MrpSm::mrpDeleteAttrFromDatabase() {
 }
 
 void MrpSm::mrpPopulateValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
+  const std::uint8_t type = parseContext_->attributeType();
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      mrpPopulateMsrpValueInDatabase(entry, txAttribute);
+      mrpPopulateMsrpValueInDatabase(*mrpLib_, type, *entry, txAttribute);
       break;
     case MrpApplication::mvrp:
-      mrpPopulateMvrpValueInDatabase(entry, txAttribute);
+      mrpPopulateMvrpValueInDatabase(*mrpLib_, type, *entry, txAttribute);
       break;
   }
-}
-
-void MrpSm::mrpPopulateMsrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
-  const std::uint8_t type = parseContext_->attributeType();
-  withMsrpValue(*mrpLib_, type, txAttribute,
-                [&](const auto& value) { storeValue(*entry, firstValueBytes(*mrpLib_, type, value)); });
-}
-
-void MrpSm::mrpPopulateMvrpValueInDatabase(const Quarn::Ptr<MrpAttrDatabase>& entry, bool txAttribute) {
-  const std::uint8_t type = parseContext_->attributeType();
-  withMvrpValue(*mrpLib_, type, txAttribute,
-                [&](const auto& value) { storeValue(*entry, firstValueBytes(*mrpLib_, type, value)); });
 }
 
 void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute) {
@@ -107,62 +124,30 @@ void MrpSm::mrpFillContextFromDatabase(const MrpAttribute& attribute, const MrpA
   if (entry == nullptr) return;
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      mrpFillMsrpContextFromDatabase(*entry);
+      mrpFillMsrpContextFromDatabase(*mrpLib_, attribute.attributeType, *entry);
       break;
     case MrpApplication::mvrp:
-      mrpFillMvrpContextFromDatabase(*entry);
+      mrpFillMvrpContextFromDatabase(*mrpLib_, attribute.attributeType, *entry);
       break;
   }
-}
-
-void MrpSm::mrpFillMsrpContextFromDatabase(const MrpAttrDatabase& entry) {
-  const std::uint8_t type = parseContext_->attributeType();
-  withMsrpValue(*mrpLib_, type, true, [&](auto& field) { loadValue(*mrpLib_, type, entry, field); });
-}
-
-void MrpSm::mrpFillMvrpContextFromDatabase(const MrpAttrDatabase& entry) {
-  const std::uint8_t type = parseContext_->attributeType();
-  withMvrpValue(*mrpLib_, type, true, [&](auto& field) { loadValue(*mrpLib_, type, entry, field); });
 }
 
 bool MrpSm::mrpRxVectorSameAsDatabaseAttr() const {
-  switch (mrpLib_->application()) {
-    case MrpApplication::msrp:
-      return msrpRxVectorSameAsDatabaseAttr();
-    case MrpApplication::mvrp:
-      return mvrpRxVectorSameAsDatabaseAttr();
-  }
-  return false;
+  const MrpParseContext& context = *parseContext_;
+  if (mrpLib_->application() == MrpApplication::mvrp) return mvrpRxVectorSameAsDatabaseAttr(*mrpLib_, context);
+  const Quarn::Ptr<MrpAttrDatabase> entry =
+      mrpGetAttrFromDatabase(context.intfId(), context.attributeType(), context.attributeKey(), true);
+  return entry && mrpRxVectorSameAsDatabaseAttr(*entry);
 }
 
 bool MrpSm::mrpRxVectorSameAsDatabaseAttr(const MrpAttrDatabase& entry) const {
   switch (mrpLib_->application()) {
     case MrpApplication::msrp:
-      return msrpRxVectorSameAsDatabaseAttr(entry);
+      return msrpRxVectorSameAsDatabaseAttr(*mrpLib_, parseContext_->attributeType(), entry);
     case MrpApplication::mvrp:
-      return mvrpRxVectorSameAsDatabaseAttr();
+      return mvrpRxVectorSameAsDatabaseAttr(*mrpLib_, *parseContext_);
   }
   return false;
-}
-
-bool MrpSm::msrpRxVectorSameAsDatabaseAttr() const {
-  const MrpParseContext& context = *parseContext_;
-  const Quarn::Ptr<MrpAttrDatabase> entry =
-      mrpGetAttrFromDatabase(context.intfId(), context.attributeType(), context.attributeKey(), true);
-  return entry && msrpRxVectorSameAsDatabaseAttr(*entry);
-}
-
-bool MrpSm::msrpRxVectorSameAsDatabaseAttr(const MrpAttrDatabase& entry) const {
-  const std::uint8_t type = parseContext_->attributeType();
-  bool same = false;
-  withMsrpValue(*mrpLib_, type, false, [&](const auto& value) { same = sameValue(*mrpLib_, type, entry, value); });
-  return same;
-}
-
-// The VLAN identifier is the whole value, and the key.
-bool MrpSm::mvrpRxVectorSameAsDatabaseAttr() const {
-  return static_cast<MvrpAttrType>(parseContext_->attributeType()) == MvrpAttrType::vlanVector &&
-         mrpLib_->mvrpVlanVectorRx().vlanId() == parseContext_->attributeKey();
 }
 
 }  // namespace Mrp

@@ -21,6 +21,61 @@ std::array<std::uint8_t, MrpParsedRuns::kMaxValueOctets> savedOctets(const MrpPa
   return octets;
 }
 
+// A Domain is answered with the port's stored domain, not the received one.
+void answerDomainWithStored(MrpLib& lib, std::uint8_t attributeType, const MrpAttrDatabase* stored) {
+  if (lib.application() != MrpApplication::msrp ||
+      static_cast<MsrpAttrType>(attributeType) != MsrpAttrType::domainVector || stored == nullptr) {
+    return;
+  }
+  lib.msrpDomainVectorTx() = valueFromBytes<MsrpDomainAttribute>(stored->attributeValues());
+}
+
+void fillMsrpLibFromSavedValue(MrpLib& lib, const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
+                               const MrpAttrDatabase* stored) {
+  const auto fill = [&](auto& field) { field = valueFromBytes<std::remove_reference_t<decltype(field)>>(octets); };
+  const bool known = withMsrpValue(lib, key.attributeType, false, fill);
+  withMsrpValue(lib, key.attributeType, true, fill);
+  if (!known) {
+    MRP_TRACE(8, " valueSize = 0!! ");
+    return;
+  }
+  answerDomainWithStored(lib, key.attributeType, stored);
+}
+
+void fillMvrpLibFromSavedValue(MrpLib& lib, const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets) {
+  const auto fill = [&](MvrpVlanAttribute& field) { field = valueFromBytes<MvrpVlanAttribute>(octets); };
+  const bool known = withMvrpValue(lib, key.attributeType, false, fill);
+  withMvrpValue(lib, key.attributeType, true, fill);
+  if (!known) MRP_TRACE(8, " valueSize = 0!! ");
+}
+
+// The saved octets of a parsed attribute into the receive and transmit
+// fields of its type; `stored` is its registration, null when it has none.
+void fillLibFromSavedOctets(MrpLib& lib, const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
+                              const MrpAttrDatabase* stored) {
+  switch (lib.application()) {
+    case MrpApplication::msrp:
+      fillMsrpLibFromSavedValue(lib, key, octets, stored);
+      break;
+    case MrpApplication::mvrp:
+      fillMvrpLibFromSavedValue(lib, key, octets);
+      break;
+  }
+}
+
+// The run's value `index` into the receive and transmit fields of its type.
+void fillMrpLibFromRun(MrpLib& lib, const MrpParsedRuns& runs, const MrpParsedRuns::Run& run, std::size_t index,
+                       const MrpAttrDatabase* stored) {
+  withReceiveField(lib, run.attributeType, [&](auto& received) {
+    using Record = std::remove_cvref_t<decltype(received)>;
+    received = mrpParsedRunValue<Record>(runs, run, index);
+    withValueField(lib, run.attributeType, true, [&](auto& transmitted) {
+      if constexpr (std::is_same_v<std::remove_cvref_t<decltype(transmitted)>, Record>) transmitted = received;
+    });
+  });
+  answerDomainWithStored(lib, run.attributeType, stored);
+}
+
 }  // namespace
 
 void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
@@ -45,15 +100,15 @@ void MrpSm::processParsedAttributes(const Velo::IntfId& intfId) {
   }
   while (!receivedFrame_.msrpParsedDomainKey().empty()) {
     processParsedAttribute(receivedFrame_.msrpParsedDomainKey().head(), intfId);
-    msrpParsedDomainKeyDeq();
+    receivedFrame_.msrpParsedDomainKeyDeq();
   }
   while (!receivedFrame_.mrpParsedAttributeKey().empty()) {
-    const MrpParsedAttributeKey key = mrpParsedAttributeKeyDeq();
+    const MrpParsedAttributeKey key = receivedFrame_.mrpParsedAttributeKeyDeq();
     processParsedAttribute(key, intfId);
-    mrpParsedAttributeDel(key);
+    receivedFrame_.mrpParsedAttributeDel(key);
   }
   // The Domain attributes' records are left by their loop: the frame is done.
-  mrpParsedAttributeDelAll();
+  receivedFrame_.mrpParsedAttributeDelAll();
 }
 
 // A frame collected vector by vector holds each key once: its values go in
@@ -69,7 +124,9 @@ void MrpSm::processParsedRuns(const Velo::IntfId& intfId) {
       for (std::size_t i = 0; i < run.count; ++i) {
         processParsedValue(intfId, registrations.ptr(), {run.attributeType, run.firstKey + i},
                            receivedFrame_.runs().event(run, i),
-                           [&](const MrpAttrDatabase* stored) { fillMrpLibFromRun(run, i, stored); });
+                           [&](const MrpAttrDatabase* stored) {
+                             fillMrpLibFromRun(*mrpLib_, receivedFrame_.runs(), run, i, stored);
+                           });
       }
     }
   }
@@ -77,12 +134,12 @@ void MrpSm::processParsedRuns(const Velo::IntfId& intfId) {
 }
 
 void MrpSm::processParsedAttribute(const MrpParsedAttributeKey& key, const Velo::IntfId& intfId) {
-  const Quarn::Ptr<MrpParsedAttribute> parsedAttribute = mrpParsedAttribute(key);
+  const Quarn::Ptr<MrpParsedAttribute> parsedAttribute = receivedFrame_.mrpParsedAttribute(key);
   if (!parsedAttribute) return;
   const auto octets = savedOctets(*parsedAttribute);
   processParsedValue(intfId, attributeStore_.mrpIntfTypeApplicant(intfId, key.attributeType).ptr(), key,
                      parsedAttribute->attributeEvent(),
-                     [&](const MrpAttrDatabase* stored) { fillMrpLibFromSavedValue(key, octets, stored); });
+                     [&](const MrpAttrDatabase* stored) { fillLibFromSavedOctets(*mrpLib_, key, octets, stored); });
 }
 
 // The registration is found, or created, once: the fill, the applicant and
@@ -138,58 +195,7 @@ void MrpSm::mrpProcessRxLeaveAll(const Velo::IntfId& intfId, std::uint8_t attrib
 void MrpSm::fillMrpLibFromSavedValue(const Velo::IntfId& intfId, const MrpParsedAttribute& parsedAttribute) {
   const MrpParsedAttributeKey& key = parsedAttribute.key();
   const Quarn::Ptr<MrpAttrDatabase> stored = mrpGetAttrFromDatabase(intfId, key.attributeType, key.attributeKey, true);
-  fillMrpLibFromSavedValue(key, savedOctets(parsedAttribute), stored.ptr());
-}
-
-void MrpSm::fillMrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
-                                     const MrpAttrDatabase* stored) {
-  switch (mrpLib_->application()) {
-    case MrpApplication::msrp:
-      fillMsrpLibFromSavedValue(key, octets, stored);
-      break;
-    case MrpApplication::mvrp:
-      fillMvrpLibFromSavedValue(key, octets);
-      break;
-  }
-}
-
-void MrpSm::fillMsrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets,
-                                      const MrpAttrDatabase* stored) {
-  const auto fill = [&](auto& field) { field = valueFromBytes<std::remove_reference_t<decltype(field)>>(octets); };
-  const bool known = withMsrpValue(*mrpLib_, key.attributeType, false, fill);
-  withMsrpValue(*mrpLib_, key.attributeType, true, fill);
-  if (!known) {
-    MRP_TRACE(8, " valueSize = 0!! ");
-    return;
-  }
-  answerDomainWithStored(key.attributeType, stored);
-}
-
-void MrpSm::fillMvrpLibFromSavedValue(const MrpParsedAttributeKey& key, std::span<const std::uint8_t> octets) {
-  const auto fill = [&](MvrpVlanAttribute& field) { field = valueFromBytes<MvrpVlanAttribute>(octets); };
-  const bool known = withMvrpValue(*mrpLib_, key.attributeType, false, fill);
-  withMvrpValue(*mrpLib_, key.attributeType, true, fill);
-  if (!known) MRP_TRACE(8, " valueSize = 0!! ");
-}
-
-void MrpSm::fillMrpLibFromRun(const MrpParsedRuns::Run& run, std::size_t index, const MrpAttrDatabase* stored) {
-  withReceiveField(*mrpLib_, run.attributeType, [&](auto& received) {
-    using Record = std::remove_cvref_t<decltype(received)>;
-    received = mrpParsedRunValue<Record>(receivedFrame_.runs(), run, index);
-    withValueField(*mrpLib_, run.attributeType, true, [&](auto& transmitted) {
-      if constexpr (std::is_same_v<std::remove_cvref_t<decltype(transmitted)>, Record>) transmitted = received;
-    });
-  });
-  answerDomainWithStored(run.attributeType, stored);
-}
-
-// A Domain is answered with the port's stored domain, not the received one.
-void MrpSm::answerDomainWithStored(std::uint8_t attributeType, const MrpAttrDatabase* stored) {
-  if (mrpLib_->application() != MrpApplication::msrp ||
-      static_cast<MsrpAttrType>(attributeType) != MsrpAttrType::domainVector || stored == nullptr) {
-    return;
-  }
-  mrpLib_->msrpDomainVectorTx() = valueFromBytes<MsrpDomainAttribute>(stored->attributeValues());
+  fillLibFromSavedOctets(*mrpLib_, key, savedOctets(parsedAttribute), stored.ptr());
 }
 
 }  // namespace Mrp

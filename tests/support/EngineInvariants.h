@@ -65,7 +65,7 @@ class EngineInvariants {
 
   std::set<Mrp::MrpAttribute> indexed() const {
     std::set<Mrp::MrpAttribute> keys;
-    for (const auto& [iterKey, iter] : sm_.mrpAttrIters()) {
+    for (const auto& [iterKey, iter] : sm_.attributeStore().mrpAttrIters()) {
       for (std::uint64_t key : iter->attributeKeys()) keys.insert({iterKey.intfId, iterKey.attributeType, key});
     }
     return keys;
@@ -80,7 +80,7 @@ class EngineInvariants {
     // A key joins the index with its first addition and leaves it only
     // when the addition is dropped uncommitted or the deletion is committed.
     for (const Mrp::MrpAttribute& attribute : index) {
-      if (!store.count(attribute) && !sm_.addPendingAttrs().count(attribute)) {
+      if (!store.count(attribute) && !sm_.attributeStore().addPendingAttrs().count(attribute)) {
         report("index holds an attribute neither stored nor pending addition", attribute);
       }
     }
@@ -88,15 +88,15 @@ class EngineInvariants {
     // attribute pending deletion may already have left the index: it reads
     // as absent, and a LeaveAll drops such keys from the index.
     for (const auto& [attribute, entry] : store) {
-      if (!index.count(attribute) && !sm_.deletePendingAttr(attribute)) {
+      if (!index.count(attribute) && !sm_.attributeStore().deletePendingAttr(attribute)) {
         report("stored attribute missing from the index", attribute);
       }
     }
-    for (const auto& [attribute, entry] : sm_.addPendingAttrs()) {
+    for (const auto& [attribute, entry] : sm_.attributeStore().addPendingAttrs()) {
       if (!index.count(attribute)) report("pending addition missing from the index", attribute);
     }
     // An emptied (port, type) entry is deleted with its last key.
-    for (const auto& [iterKey, iter] : sm_.mrpAttrIters()) {
+    for (const auto& [iterKey, iter] : sm_.attributeStore().mrpAttrIters()) {
       if (iter->attributeKeys().empty()) report("empty index entry", {iterKey.intfId, iterKey.attributeType, 0});
       if (!(iter->key() == iterKey)) report("index entry filed under another key", {iterKey.intfId, iterKey.attributeType, 0});
     }
@@ -105,18 +105,18 @@ class EngineInvariants {
   void checkPendingMaps(const Store& store) {
     // Adding cancels a pending deletion and deleting drops a pending
     // addition, so the two maps never share an attribute.
-    for (const auto& [attribute, pending] : sm_.deletePendingAttrs()) {
-      if (sm_.addPendingAttrs().count(attribute)) report("attribute pending both addition and deletion", attribute);
+    for (const auto& [attribute, pending] : sm_.attributeStore().deletePendingAttrs()) {
+      if (sm_.attributeStore().addPendingAttrs().count(attribute)) report("attribute pending both addition and deletion", attribute);
       // Only a stored attribute is queued for deletion, with the value true,
       // and the store loses it only when the deletion is committed.
       if (!pending) report("deletion pending with the value false", attribute);
       if (!store.count(attribute)) report("deletion pending for an attribute not stored", attribute);
     }
     // A pending change that no review is scheduled for is never committed.
-    if (!sm_.addPendingAttrs().empty() && !sm_.mrpDatabaseAddSm()->reviewTimer()->reviewPending()) {
+    if (!sm_.attributeStore().addPendingAttrs().empty() && !sm_.mrpDatabaseAddSm()->reviewTimer()->reviewPending()) {
       report("additions pending with no review scheduled", {});
     }
-    if (!sm_.deletePendingAttrs().empty() && !sm_.mrpDatabaseDeleteSm()->reviewTimer()->reviewPending()) {
+    if (!sm_.attributeStore().deletePendingAttrs().empty() && !sm_.mrpDatabaseDeleteSm()->reviewTimer()->reviewPending()) {
       report("deletions pending with no review scheduled", {});
     }
   }
@@ -138,7 +138,7 @@ class EngineInvariants {
       }
     };
     for (const auto& [attribute, entry] : store) check(attribute, *entry);
-    for (const auto& [attribute, entry] : sm_.addPendingAttrs()) check(attribute, *entry);
+    for (const auto& [attribute, entry] : sm_.attributeStore().addPendingAttrs()) check(attribute, *entry);
   }
 
   // The key rule over a stored value: the stream id, the SR class id or the
@@ -182,7 +182,7 @@ class EngineInvariants {
       }
     };
     for (const auto& [attribute, entry] : store) check(attribute);
-    for (const auto& [attribute, entry] : sm_.addPendingAttrs()) check(attribute);
+    for (const auto& [attribute, entry] : sm_.attributeStore().addPendingAttrs()) check(attribute);
 
     // A machine is found by its key; it is discarded when its one timer
     // fires, so every machine in the maps has its timer armed.
@@ -261,11 +261,11 @@ class EngineInvariants {
   // of one frame is applied again with the next. LeaveAll transmission
   // sets sendTxLvAll only while it encodes.
   void checkReceiveScratch() {
-    if (!sm_.mrpParsedAttributes().empty()) broken_.push_back("parsed attributes left after the frame");
-    if (!sm_.mrpParsedAttributeKey().empty()) broken_.push_back("parsed attribute keys left after the frame");
-    if (!sm_.msrpParsedDomainKey().empty()) broken_.push_back("parsed Domain keys left after the frame");
-    if (!sm_.mrpRxLeaveAll().empty()) broken_.push_back("received LeaveAlls left after the frame");
-    if (sm_.futureProtocolVersion()) broken_.push_back("future protocol version flag left set");
+    if (!sm_.receivedFrame().mrpParsedAttributes().empty()) broken_.push_back("parsed attributes left after the frame");
+    if (!sm_.receivedFrame().mrpParsedAttributeKey().empty()) broken_.push_back("parsed attribute keys left after the frame");
+    if (!sm_.receivedFrame().msrpParsedDomainKey().empty()) broken_.push_back("parsed Domain keys left after the frame");
+    if (!sm_.receivedFrame().mrpRxLeaveAll().empty()) broken_.push_back("received LeaveAlls left after the frame");
+    if (sm_.receivedFrame().futureProtocolVersion()) broken_.push_back("future protocol version flag left set");
     if (sm_.parseContext()->sendTxLvAll()) broken_.push_back("sendTxLvAll left set");
   }
 

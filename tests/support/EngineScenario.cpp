@@ -171,12 +171,12 @@ SentFrame EngineScenario::decoded(Mrp::MrpApplication application, const Bytes& 
     EXPECT_EQ(counters.numOfMalformedPkts(), malformed) << "our parser finds a sent frame malformed";
     EXPECT_EQ(counters.numOfUnknownAttributeType(), unknownType) << "our parser finds an unknown type in a sent frame";
   }
-  for (const auto& [type, leaveAll] : parser.mrpRxLeaveAll()) {
+  for (const auto& [type, leaveAll] : parser.receivedFrame().mrpRxLeaveAll()) {
     if (leaveAll) sent.leaveAll.insert(type);
   }
-  const auto take = [&](const Mrp::MrpSm::ParsedKeyQueue& keys) {
+  const auto take = [&](const Mrp::MrpReceivedFrame::KeyQueue& keys) {
     for (const auto& [index, key] : keys) {
-      const Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = parser.mrpParsedAttribute(key);
+      const Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = parser.receivedFrame().mrpParsedAttribute(key);
       Bytes value;
       for (std::size_t i = 0; i < parsed->attributeValues().size(); ++i) {
         value.push_back(parsed->attributeValue(Mrp::ValueIndex(i)));
@@ -184,9 +184,9 @@ SentFrame EngineScenario::decoded(Mrp::MrpApplication application, const Bytes& 
       sent.values.push_back({key.attributeType, key.attributeKey, parsed->attributeEvent(), value});
     }
   };
-  take(parser.msrpParsedDomainKey());
-  take(parser.mrpParsedAttributeKey());
-  parser.parseResultsDelAll();
+  take(parser.receivedFrame().msrpParsedDomainKey());
+  take(parser.receivedFrame().mrpParsedAttributeKey());
+  parser.receivedFrame().parseResultsDelAll();
   return sent;
 }
 

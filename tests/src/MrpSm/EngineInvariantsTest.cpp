@@ -83,21 +83,21 @@ const Damage kDamages[] = {
      "stored attribute missing from the index"},
     {"PendingAdditionMissingFromIndex",
      [](EngineInvariantsTest& t) {
-       t.sm().addPendingAttrIs(kUnknown, new Mrp::MrpAttrDatabase(kUnknown.attributeKey));
+       t.sm().attributeStore().addPendingAttrIs(kUnknown, new Mrp::MrpAttrDatabase(kUnknown.attributeKey));
      },
      "pending addition missing from the index"},
     {"AdditionWithoutReview",
      [](EngineInvariantsTest& t) {
-       t.sm().addPendingAttrIs(kUnknown, new Mrp::MrpAttrDatabase(kUnknown.attributeKey));
+       t.sm().attributeStore().addPendingAttrIs(kUnknown, new Mrp::MrpAttrDatabase(kUnknown.attributeKey));
      },
      "additions pending with no review scheduled"},
     {"PendingBothWays",
      [](EngineInvariantsTest& t) {
        t.sm().addAttrToDeletePending(kStored);
-       t.sm().addPendingAttrIs(kStored, new Mrp::MrpAttrDatabase(kStored.attributeKey));
+       t.sm().attributeStore().addPendingAttrIs(kStored, new Mrp::MrpAttrDatabase(kStored.attributeKey));
      },
      "attribute pending both addition and deletion"},
-    {"DeletionOfAnAttributeNotStored", [](EngineInvariantsTest& t) { t.sm().deletePendingAttrIs(kUnknown, true); },
+    {"DeletionOfAnAttributeNotStored", [](EngineInvariantsTest& t) { t.sm().attributeStore().deletePendingAttrIs(kUnknown, true); },
      "deletion pending for an attribute not stored"},
     {"EntryValueOfAnotherKey", [](EngineInvariantsTest& t) { t.stored()->attributeValueIs(Mrp::ValueIndex(1), 6); },
      "entry whose value has another key"},
@@ -122,11 +122,11 @@ const Damage kDamages[] = {
      [](EngineInvariantsTest& t) { t.sm().mrpLib()->mrpTxPacketContextIs(kStored.intfId, Velo::Pkt::pktNew(1500)); },
      "packet under construction without a message"},
     {"ParsedAttributesLeftOver",
-     [](EngineInvariantsTest& t) { t.sm().mrpParsedAttributeIs({1, 10}); },
+     [](EngineInvariantsTest& t) { t.sm().receivedFrame().mrpParsedAttributeIs({1, 10}); },
      "parsed attributes left after the frame"},
-    {"ReceivedLeaveAllLeftOver", [](EngineInvariantsTest& t) { t.sm().mrpRxLeaveAllIs(1, true); },
+    {"ReceivedLeaveAllLeftOver", [](EngineInvariantsTest& t) { t.sm().receivedFrame().mrpRxLeaveAllIs(1, true); },
      "received LeaveAlls left after the frame"},
-    {"FutureVersionLeftSet", [](EngineInvariantsTest& t) { t.sm().futureProtocolVersionIs(true); },
+    {"FutureVersionLeftSet", [](EngineInvariantsTest& t) { t.sm().receivedFrame().futureProtocolVersionIs(true); },
      "future protocol version flag left set"},
     {"SendTxLvAllLeftSet", [](EngineInvariantsTest& t) { t.sm().parseContext()->sendTxLvAllIs(true); },
      "sendTxLvAll left set"},

@@ -204,8 +204,8 @@ TEST_F(MrpApplicantSmTest, SettingTheStateOfAnAttributeWithoutEntryCreatesNone) 
   context.attributeKeyIs(absent.attributeKey);
   engine.sm().applicantSm()->mrpSetApplicantState(State::qa);
   EXPECT_FALSE(currentEntry(engine.sm()));
-  EXPECT_TRUE(engine.sm().addPendingAttrs().empty());
-  EXPECT_FALSE(engine.sm().mrpAttrIter({absent.intfId, absent.attributeType}));
+  EXPECT_TRUE(engine.sm().attributeStore().addPendingAttrs().empty());
+  EXPECT_FALSE(engine.sm().attributeStore().mrpAttrIter({absent.intfId, absent.attributeType}));
 }
 
 TEST_F(MrpApplicantSmTest, JoinAndRegisteredStateOfAnAttributeWithoutEntrySendNothing) {

@@ -46,7 +46,7 @@ class MrpDatabaseReviewTest : public EngineFixture {
   }
   void del(const MrpAttribute& a) { engine->addAttrToDeletePending(a); }
   bool stored(const MrpAttribute& a) const {
-    auto type = engine->mrpIntfTypeApplicant(a.intfId, a.attributeType);
+    auto type = engine->attributeStore().mrpIntfTypeApplicant(a.intfId, a.attributeType);
     return type && type->mrpAttribute(a.attributeKey);
   }
   std::size_t storedCount() const {
@@ -89,8 +89,8 @@ TEST_F(MrpDatabaseReviewTest, BothMachinesReviewAtMostFourTimesBackToBackThenOnc
 
 TEST_F(MrpDatabaseReviewTest, AdditionIsCommittedByTheReviewATenthOfASecondLater) {
   add(vlan(100));
-  engine->addPendingAttr(vlan(100))->applicantStateIs(MrpApplicantState::aa);
-  engine->addPendingAttr(vlan(100))->registrarStateIs(MrpRegistrarState::in);
+  engine->attributeStore().addPendingAttr(vlan(100))->applicantStateIs(MrpApplicantState::aa);
+  engine->attributeStore().addPendingAttr(vlan(100))->registrarStateIs(MrpRegistrarState::in);
   clock->advance(0.0999);
   EXPECT_FALSE(stored(vlan(100)));
   clock->advance(0.0001);
@@ -99,8 +99,8 @@ TEST_F(MrpDatabaseReviewTest, AdditionIsCommittedByTheReviewATenthOfASecondLater
   EXPECT_EQ(entry->applicantState(), MrpApplicantState::aa) << "the pending entry's fields are copied";
   EXPECT_EQ(entry->registrarState(), MrpRegistrarState::in);
   EXPECT_EQ(entry->attributeValue(ValueIndex(1)), 100);
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
-  EXPECT_TRUE(engine->mrpAttrIter({kEth1, 1})->attributeKey(100));
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIter({kEth1, 1})->attributeKey(100));
   EXPECT_EQ(nextAddReview(), Quarn::kInfinity) << "nothing left, no further review";
 }
 
@@ -108,7 +108,7 @@ TEST_F(MrpDatabaseReviewTest, AdditionsRequestedTogetherAreCommittedByOneReview)
   for (std::uint64_t id = 1; id <= 5; ++id) add(vlan(id, id % 2 ? kEth1 : kEth2));
   clock->advance(0.1);
   EXPECT_EQ(storedCount(), 5u);
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
 }
 
 TEST_F(MrpDatabaseReviewTest, BurstOfFiveAdditionsIsCommittedAtTheShortDelayWhileCreditsLast) {
@@ -131,7 +131,7 @@ TEST_F(MrpDatabaseReviewTest, CloggedLogCommitsNothingUntilItDrainsAndLosesNothi
   add(vlan(200, kEth2));
   clock->advance(0.1);
   EXPECT_EQ(storedCount(), 0u) << "a clogged log commits nothing";
-  EXPECT_EQ(engine->addPendingAttrs().size(), 2u);
+  EXPECT_EQ(engine->attributeStore().addPendingAttrs().size(), 2u);
   EXPECT_NEAR(nextAddReview(), 0.2, 1e-9) << "the next review is asked for at once";
   clock->advance(10);
   EXPECT_EQ(storedCount(), 0u);
@@ -141,7 +141,7 @@ TEST_F(MrpDatabaseReviewTest, CloggedLogCommitsNothingUntilItDrainsAndLosesNothi
   runReview(nextAddReview());
   EXPECT_TRUE(stored(vlan(100)));
   EXPECT_TRUE(stored(vlan(200, kEth2)));
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
 }
 
 TEST_F(MrpDatabaseReviewTest, CloggedLogDeletesNothingUntilItDrains) {
@@ -151,13 +151,13 @@ TEST_F(MrpDatabaseReviewTest, CloggedLogDeletesNothingUntilItDrains) {
   del(vlan(100));
   clock->advance(0.1);
   EXPECT_TRUE(stored(vlan(100)));
-  EXPECT_TRUE(engine->deletePendingAttr(vlan(100)));
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttr(vlan(100)));
   EXPECT_FALSE(engine->mrpGetAttrFromDatabase(kEth1, 1, 100, true)) << "still reads as absent";
   EXPECT_NEAR(nextDeleteReview(), 0.3, 1e-9);
   log.drain();
   runReview(nextDeleteReview());
   EXPECT_FALSE(stored(vlan(100)));
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
 }
 
 TEST_F(MrpDatabaseReviewTest, DeleteReviewRemovesStoreEntryAndIndexAndTracesIt) {
@@ -171,8 +171,8 @@ TEST_F(MrpDatabaseReviewTest, DeleteReviewRemovesStoreEntryAndIndexAndTracesIt) 
   Quarn::traceLevelsClear();
   EXPECT_FALSE(stored(vlan(0x2a)));
   EXPECT_TRUE(stored(vlan(0x2b)));
-  EXPECT_FALSE(engine->mrpAttrIter({kEth1, 1})->attributeKey(0x2a));
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
+  EXPECT_FALSE(engine->attributeStore().mrpAttrIter({kEth1, 1})->attributeKey(0x2a));
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
   EXPECT_TRUE(traces.contains("intf:Ethernet1 type = 1 key = 0x2a DELETED "));
   EXPECT_TRUE(traces.contains("MrpDatabaseDeleteSm::doUpdateReviewTimer()"));
   EXPECT_TRUE(traces.contains("MrpDatabaseDeleteSm::doReview()"));
@@ -183,7 +183,7 @@ TEST_F(MrpDatabaseReviewTest, DeletingTheLastKeyOfAPortAndTypeRemovesItsIndex) {
   clock->advance(0.1);
   del(vlan(7));
   clock->advance(0.1);
-  EXPECT_FALSE(engine->mrpAttrIter({kEth1, 1}));
+  EXPECT_FALSE(engine->attributeStore().mrpAttrIter({kEth1, 1}));
 }
 
 TEST_F(MrpDatabaseReviewTest, AddReviewTracesItsSteps) {
@@ -216,8 +216,8 @@ TEST_F(MrpDatabaseReviewTest, ManyChangesThroughAnIntermittentlyCloggedLogAreAll
   log.drain();
   clock->advance(2.0);
   EXPECT_EQ(storedCount(), 25u);
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
 }
 
 TEST_F(MrpDatabaseReviewTest, ReviewDueAfterTheEngineIsGoneDoesNotFire) {

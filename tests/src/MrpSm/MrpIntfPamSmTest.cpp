@@ -79,7 +79,7 @@ TEST_F(MrpIntfPamSmTest, TheFutureVersionModeEndsWithTheFrame) {
   frame[kProtocolVersionOffset] = 2;
   inject(*eth1, frame);
   EXPECT_EQ(counters().numOfIncorrectPduVersion(), 1u);
-  EXPECT_FALSE(engine->futureProtocolVersion());
+  EXPECT_FALSE(engine->receivedFrame().futureProtocolVersion());
 }
 
 struct DropCase {

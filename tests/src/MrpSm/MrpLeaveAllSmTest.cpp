@@ -273,10 +273,10 @@ TEST_F(MrpLeaveAllSmTest, WalkGoesOnWhenTheAttributeItHandlesIsDeleted) {
   // Registered by New, their applicants stay VO; not yet committed, so a
   // Flush! deletes each from the index as it is handled.
   registerVlans(e, "p1", {10, 11, 12}, kNew);
-  ASSERT_EQ(e.sm().addPendingAttrs().size(), 3u);
+  ASSERT_EQ(e.sm().attributeStore().addPendingAttrs().size(), 3u);
   coordinator(e).mrpPostLeaveAllToSm(kP1, 1, MrpApplicantEvent::flush, MrpRegistrarEvent::flush);
   for (std::uint16_t vlan : {10, 11, 12}) EXPECT_EQ(e.attribute("p1", 1, vlan), nullptr) << vlan;
-  EXPECT_EQ(e.sm().mrpAttrIter({kP1, 1}), nullptr);
+  EXPECT_EQ(e.sm().attributeStore().mrpAttrIter({kP1, 1}), nullptr);
   EXPECT_TRUE(takeLeaves(e).empty()) << "Flush! forgets registrations without a leave indication";
 }
 

@@ -55,7 +55,7 @@ class MrpLibCleanUpTest : public EngineScenario {
 
   std::vector<MrpAttribute> deletePending() const {
     std::vector<MrpAttribute> attributes;
-    for (const auto& [attribute, pending] : msrp.sm().deletePendingAttrs()) {
+    for (const auto& [attribute, pending] : msrp.sm().attributeStore().deletePendingAttrs()) {
       if (pending) attributes.push_back(attribute);
     }
     return attributes;

@@ -179,10 +179,10 @@ TEST_F(MrpPamSmTest, TransmitAllLeaveAllNeedsAnActiveCoordinatorAndAPortObject) 
 TEST_F(MrpPamSmTest, AllLeaveAllSkipsAttributesPendingDeletion) {
   auto engine = engineNew(MrpApplication::mvrp, false);
   portUp(*engine, "Ethernet1");
-  auto iter = engine->mrpAttrIterIs({kEth1, 1});
+  auto iter = engine->attributeStore().mrpAttrIterIs({kEth1, 1});
   iter->attributeKeyIs(10, true);
   iter->attributeKeyIs(20, true);
-  engine->deletePendingAttrIs({kEth1, 1, 20}, true);
+  engine->attributeStore().deletePendingAttrIs({kEth1, 1, 20}, true);
   engine->mrpPamSm()->mrpIntfPamSm(kEth1)->mrpAllLeaveAllSm(1);
   // The last attribute made current is the last one not pending deletion.
   EXPECT_EQ(engine->parseContext()->attributeKey(), 10u);

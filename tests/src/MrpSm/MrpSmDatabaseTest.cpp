@@ -57,7 +57,7 @@ class DatabaseFixture : public EngineFixture {
     return engine->mrpGetAttrFromDatabase(a.intfId, a.attributeType, a.attributeKey, useLocalCopy);
   }
   std::vector<std::uint64_t> indexed(const Velo::IntfId& intfId, std::uint8_t attributeType) const {
-    Ptr<Mrp::MrpAttrIter> iter = engine->mrpAttrIter({intfId, attributeType});
+    Ptr<Mrp::MrpAttrIter> iter = engine->attributeStore().mrpAttrIter({intfId, attributeType});
     if (!iter) return {};
     return {iter->attributeKeys().begin(), iter->attributeKeys().end()};
   }
@@ -117,8 +117,8 @@ TEST_F(MrpSmDatabaseTest, PendingDeletionReadsAsAbsentAndGetAttributeThenCreates
 TEST_F(MrpSmDatabaseTest, GetAttributeWithoutCreateLeavesAnAbsentAttributeAbsent) {
   currentIs(kEth1, 3, 9);
   EXPECT_FALSE(engine->mrpGetAttribute(false));
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
-  EXPECT_TRUE(engine->mrpAttrIters().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIters().empty());
 }
 
 TEST_F(MrpSmDatabaseTest, GetAttributeCreatesAVoMtEntryHoldingTheReceivedValue) {
@@ -130,7 +130,7 @@ TEST_F(MrpSmDatabaseTest, GetAttributeCreatesAVoMtEntryHoldingTheReceivedValue) 
   EXPECT_EQ(entry->applicantState(), MrpApplicantState::vo);
   EXPECT_EQ(entry->registrarState(), MrpRegistrarState::mt);
   EXPECT_EQ(storedOctets(*entry, 4), (Octets{6, 3, 0, 2}));
-  EXPECT_EQ(engine->addPendingAttr({kEth2, 4, 6}), entry);
+  EXPECT_EQ(engine->attributeStore().addPendingAttr({kEth2, 4, 6}), entry);
   EXPECT_EQ(indexed(kEth2, 4), (std::vector<std::uint64_t>{6}));
   EXPECT_EQ(engine->mrpGetAttribute(true), entry) << "found, not created twice";
 }
@@ -145,7 +145,7 @@ TEST_F(MrpSmDatabaseTest, AddingAStoredAttributeResetsItsStatesAndValueInPlace) 
   EXPECT_EQ(stored->applicantState(), MrpApplicantState::vo);
   EXPECT_EQ(stored->registrarState(), MrpRegistrarState::mt);
   EXPECT_EQ(storedOctets(*stored, 4), (Octets{6, 1, 1, 2}));
-  EXPECT_TRUE(engine->addPendingAttrs().empty()) << "a stored attribute is not pending";
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty()) << "a stored attribute is not pending";
 }
 
 TEST_F(MrpSmDatabaseTest, DomainsDifferingOnlyInPriorityAndVidAreOneAttribute) {
@@ -174,8 +174,8 @@ TEST_F(MrpSmDatabaseTest, DeletingTheCurrentAttributeQueuesItAndKeepsItStoredUnt
   auto stored = storedIs({kEth1, 3, 5});
   currentIs(kEth1, 3, 5);
   engine->mrpDeleteAttrFromDatabase();
-  EXPECT_TRUE(engine->deletePendingAttr({kEth1, 3, 5}));
-  EXPECT_EQ(engine->mrpIntfTypeApplicant(kEth1, 3)->mrpAttribute(5), stored);
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttr({kEth1, 3, 5}));
+  EXPECT_EQ(engine->attributeStore().mrpIntfTypeApplicant(kEth1, 3)->mrpAttribute(5), stored);
   EXPECT_EQ(indexed(kEth1, 3), (std::vector<std::uint64_t>{5}));
 }
 
@@ -253,11 +253,11 @@ TEST_F(MrpSmDatabaseTest, IndexEntryIsCreatedWithItsFirstKeyAndRemovedWithItsLas
   engine->removeFromAttrIter(kEth1, 1, 10);
   EXPECT_EQ(indexed(kEth1, 1), (std::vector<std::uint64_t>{20}));
   engine->removeFromAttrIter(kEth1, 1, 20);
-  EXPECT_FALSE(engine->mrpAttrIter({kEth1, 1})) << "the last key takes the index with it";
-  EXPECT_TRUE(engine->mrpAttrIter({kEth1, 2}));
+  EXPECT_FALSE(engine->attributeStore().mrpAttrIter({kEth1, 1})) << "the last key takes the index with it";
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIter({kEth1, 2}));
   engine->removeFromAttrIter(kEth2, 1, 20);
   engine->removeFromAttrIter(kEth1, 2, 99);
-  EXPECT_EQ(engine->mrpAttrIters().size(), 1u) << "removing what is not indexed changes nothing";
+  EXPECT_EQ(engine->attributeStore().mrpAttrIters().size(), 1u) << "removing what is not indexed changes nothing";
 }
 
 TEST_F(MrpSmDatabaseTest, ValueOfAnUnknownApplicationIsNeitherStoredNorCompared) {
@@ -463,7 +463,7 @@ TEST_F(MrpSmDatabaseTest, StandbyEngineMadeActiveFindsTheStoredRegistrations) {
   engine->mrpDeleteAttrFromDatabase();
   clock->advance(0.1);
   EXPECT_FALSE(find({kEth2, 4, 6}, true));
-  EXPECT_FALSE(engine->mrpAttrIter({kEth2, 4}));
+  EXPECT_FALSE(engine->attributeStore().mrpAttrIter({kEth2, 4}));
 }
 
 }  // namespace

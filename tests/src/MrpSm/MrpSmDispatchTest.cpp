@@ -208,11 +208,11 @@ TEST_F(MrpSmDispatchTest, LeaveAllDropsAnIndexedAttributeThatHasNoDatabaseEntry)
   inject("v1", frameOf(mvrp, kJoinInVlans10To30));
   advance(2);
   mvrp.sm().addToAttrIter(kV1, 1, 99);
-  ASSERT_TRUE(mvrp.sm().mrpAttrIter({kV1, 1})->attributeKey(99));
+  ASSERT_TRUE(mvrp.sm().attributeStore().mrpAttrIter({kV1, 1})->attributeKey(99));
 
   inject("v1", frameOf(mvrp, kLeaveAllVlans));
 
-  const Quarn::Ptr<Mrp::MrpAttrIter> index = mvrp.sm().mrpAttrIter({kV1, 1});
+  const Quarn::Ptr<Mrp::MrpAttrIter> index = mvrp.sm().attributeStore().mrpAttrIter({kV1, 1});
   ASSERT_TRUE(index);
   EXPECT_EQ(std::vector<std::uint64_t>(index->attributeKeys().begin(), index->attributeKeys().end()),
             (std::vector<std::uint64_t>{10, 20, 30}));
@@ -303,8 +303,8 @@ TEST_F(MrpSmDispatchMsrpTest, LeaveAllOfATypeWithoutRegistrationsChangesNothingE
   EXPECT_TRUE(takeFrames("p1").empty());
   EXPECT_TRUE(takeJoins(msrp).empty());
   EXPECT_TRUE(takeLeaves(msrp).empty());
-  EXPECT_TRUE(msrp.sm().mrpRxLeaveAll().empty());
-  EXPECT_FALSE(msrp.sm().mrpAttrIter({kP1, 3})) << "no index is made for the type";
+  EXPECT_TRUE(msrp.sm().receivedFrame().mrpRxLeaveAll().empty());
+  EXPECT_FALSE(msrp.sm().attributeStore().mrpAttrIter({kP1, 3})) << "no index is made for the type";
   EXPECT_TRUE(msrp.sm().registrarSm()->leaveSms().empty());
   EXPECT_TRUE(msrp.sm().registrarSm()->explicitLeaveSms().empty());
   EXPECT_EQ(msrp.attribute("p1", 1, 0x10), registered);

@@ -56,7 +56,7 @@ TEST_P(MrpSmParseBoundaryTest, EveryCutIsMalformed) {
     const std::uint64_t before = counters.numOfMalformedPkts();
     engine->parseMrpdu(Velo::Pkt::pktNew(param.frame.data(), length));
     EXPECT_EQ(counters.numOfMalformedPkts() - before, expectedCount(param, length));
-    engine->parseResultsDelAll();
+    engine->receivedFrame().parseResultsDelAll();
   }
   EXPECT_EQ(counters.numOfUnknownAttributeType(), 0u);
   EXPECT_EQ(counters.numOfIncorrectPduVersion(), 0u);

@@ -48,16 +48,16 @@ class MrpSmParseTest : public EngineFixture {
   Mrp::MrpCounters& counters() const { return *engine->mrpCounters(); }
   Mrp::MrpParseContext& context() const { return *engine->parseContext(); }
 
-  static std::vector<MrpParsedAttributeKey> keysOf(const Mrp::MrpSm::ParsedKeyQueue& queue) {
+  static std::vector<MrpParsedAttributeKey> keysOf(const Mrp::MrpReceivedFrame::KeyQueue& queue) {
     std::vector<MrpParsedAttributeKey> keys;
     for (const auto& [index, key] : queue) keys.push_back(key);
     return keys;
   }
-  std::vector<MrpParsedAttributeKey> keys() const { return keysOf(engine->mrpParsedAttributeKey()); }
-  std::vector<MrpParsedAttributeKey> domainKeys() const { return keysOf(engine->msrpParsedDomainKey()); }
+  std::vector<MrpParsedAttributeKey> keys() const { return keysOf(engine->receivedFrame().mrpParsedAttributeKey()); }
+  std::vector<MrpParsedAttributeKey> domainKeys() const { return keysOf(engine->receivedFrame().msrpParsedDomainKey()); }
 
   Quarn::Ptr<Mrp::MrpParsedAttribute> parsed(std::uint8_t type, std::uint64_t key) const {
-    return engine->mrpParsedAttribute({type, key});
+    return engine->receivedFrame().mrpParsedAttribute({type, key});
   }
   Bytes valueOf(std::uint8_t type, std::uint64_t key) const {
     Bytes octets;
@@ -98,7 +98,7 @@ TEST_F(MrpSmParseTest, MvrpVectorDispatchesEachValueInOrder) {
   EXPECT_EQ(valueOf(1, 12), (Bytes{0x00, 0x0C})) << "value index 2 is the FirstValue + 2";
   EXPECT_EQ(context().eventsCounter() - eventsBefore, 3u);
   EXPECT_EQ(context().attributeKey(), 12u);
-  EXPECT_TRUE(engine->mrpRxLeaveAll().empty());
+  EXPECT_TRUE(engine->receivedFrame().mrpRxLeaveAll().empty());
   EXPECT_TRUE(domainKeys().empty());
   EXPECT_EQ(counters().numOfMalformedPkts(), 0u);
   EXPECT_EQ(pkt->bytes(), 2u) << "the MRPDU's EndMark is recognised, not consumed";
@@ -110,18 +110,18 @@ TEST_F(MrpSmParseTest, MvrpVectorDispatchesEachValueInOrder) {
 TEST_F(MrpSmParseTest, CollectionsDrainInOrderOfReceipt) {
   engineIs(MrpApplication::msrp);
   parse(Frames::kMsrpAllTypes);
-  EXPECT_EQ(engine->msrpParsedDomainKeyDeq(), (MrpParsedAttributeKey{4, 6}));
-  EXPECT_TRUE(engine->msrpParsedDomainKey().empty());
-  EXPECT_EQ(engine->mrpParsedAttributeKeyDeq(), (MrpParsedAttributeKey{1, 0x0011223344550001ULL}));
-  EXPECT_EQ(engine->mrpParsedAttributeKeyDeq(), (MrpParsedAttributeKey{1, 0x0011223344550002ULL}));
-  EXPECT_EQ(engine->mrpParsedAttributeKey().size(), 6u);
+  EXPECT_EQ(engine->receivedFrame().msrpParsedDomainKeyDeq(), (MrpParsedAttributeKey{4, 6}));
+  EXPECT_TRUE(engine->receivedFrame().msrpParsedDomainKey().empty());
+  EXPECT_EQ(engine->receivedFrame().mrpParsedAttributeKeyDeq(), (MrpParsedAttributeKey{1, 0x0011223344550001ULL}));
+  EXPECT_EQ(engine->receivedFrame().mrpParsedAttributeKeyDeq(), (MrpParsedAttributeKey{1, 0x0011223344550002ULL}));
+  EXPECT_EQ(engine->receivedFrame().mrpParsedAttributeKey().size(), 6u);
 
-  const std::size_t collected = engine->mrpParsedAttributes().size();
-  engine->mrpParsedAttributeDel({4, 6});
-  EXPECT_EQ(engine->mrpParsedAttributes().size(), collected - 1);
+  const std::size_t collected = engine->receivedFrame().mrpParsedAttributes().size();
+  engine->receivedFrame().mrpParsedAttributeDel({4, 6});
+  EXPECT_EQ(engine->receivedFrame().mrpParsedAttributes().size(), collected - 1);
   EXPECT_FALSE(parsed(4, 6));
-  engine->mrpParsedAttributeDelAll();
-  EXPECT_TRUE(engine->mrpParsedAttributes().empty());
+  engine->receivedFrame().mrpParsedAttributeDelAll();
+  EXPECT_TRUE(engine->receivedFrame().mrpParsedAttributes().empty());
 }
 
 TEST_F(MrpSmParseTest, PaddingBehindTheEndMarkIsNeverRead) {
@@ -149,8 +149,8 @@ TEST_F(MrpSmParseTest, LeaveAllOnlyVectorMarksTheTypeAndDispatchesNoValue) {
   });
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
   EXPECT_EQ(traceCount("leaveAllEvent is True for Ethernet1"), 1u) << "mrpRxLeaveAllIs is called once";
-  EXPECT_EQ(engine->mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{1, true}}));
-  EXPECT_TRUE(engine->mrpParsedAttributes().empty());
+  EXPECT_EQ(engine->receivedFrame().mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{1, true}}));
+  EXPECT_TRUE(engine->receivedFrame().mrpParsedAttributes().empty());
   EXPECT_TRUE(keys().empty());
   EXPECT_EQ(context().leaveAll(), 1);
   EXPECT_EQ(context().attributeKey(), 0u);
@@ -173,7 +173,7 @@ TEST_F(MrpSmParseTest, OnlyBitThirteenOfTheHeaderIsLeaveAll) {
       0x00, 0x00,  // EndMark of the MRPDU
   });
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
-  EXPECT_TRUE(engine->mrpRxLeaveAll().empty());
+  EXPECT_TRUE(engine->receivedFrame().mrpRxLeaveAll().empty());
   EXPECT_EQ(context().leaveAll(), 0);
   EXPECT_EQ(keys(), (std::vector<MrpParsedAttributeKey>{{1, 10}, {1, 11}, {1, 12}, {1, 13}, {1, 14}}));
 }
@@ -189,7 +189,7 @@ TEST_F(MrpSmParseTest, LeaveAllWithValuesMarksTheTypeAndDispatchesTheValues) {
       0x00, 0x00,  // EndMark of the list
       0x00, 0x00,  // EndMark of the MRPDU
   });
-  EXPECT_EQ(engine->mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{1, true}}));
+  EXPECT_EQ(engine->receivedFrame().mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{1, true}}));
   EXPECT_EQ(keys(), (std::vector<MrpParsedAttributeKey>{{1, 10}}));
 }
 
@@ -207,7 +207,7 @@ TEST_F(MrpSmParseTest, RepeatedAttributeKeepsTheLaterEventAndQueuesItsKeyTwice) 
       0x00, 0x00,  // EndMark of the list
       0x00, 0x00,  // EndMark of the MRPDU
   });
-  EXPECT_EQ(engine->mrpParsedAttributes().size(), 1u);
+  EXPECT_EQ(engine->receivedFrame().mrpParsedAttributes().size(), 1u);
   EXPECT_EQ(parsed(1, 10)->attributeEvent(), 5);
   EXPECT_EQ(keys(), (std::vector<MrpParsedAttributeKey>{{1, 10}, {1, 10}}));
 }
@@ -220,7 +220,7 @@ TEST_F(MrpSmParseTest, FloodingWritesTheContextButCollectsNothing) {
   EXPECT_EQ(context().eventsCounter() - eventsBefore, 3u);
   EXPECT_EQ(context().attributeKey(), 12u);
   EXPECT_EQ(context().attributeEvent(), 5);
-  EXPECT_TRUE(engine->mrpParsedAttributes().empty());
+  EXPECT_TRUE(engine->receivedFrame().mrpParsedAttributes().empty());
   EXPECT_TRUE(keys().empty());
   EXPECT_TRUE(traces.contains("Recycled Pkt. Returning after parsing"));
 }
@@ -236,15 +236,15 @@ TEST_F(MrpSmParseTest, RecycledFrameCollectsNothingAndCoversOneFrameOnly) {
       0x00, 0x00,  // EndMark of the list
       0x00, 0x00,  // EndMark of the MRPDU
   };
-  engine->recycledPktIs(true);
+  engine->receivedFrame().recycledPktIs(true);
   parse(leaveAllAndValue);
   EXPECT_EQ(context().attributeKey(), 10u) << "the context is written all the same";
-  EXPECT_TRUE(engine->mrpRxLeaveAll().empty());
-  EXPECT_TRUE(engine->mrpParsedAttributes().empty());
-  EXPECT_FALSE(engine->recycledPkt());
+  EXPECT_TRUE(engine->receivedFrame().mrpRxLeaveAll().empty());
+  EXPECT_TRUE(engine->receivedFrame().mrpParsedAttributes().empty());
+  EXPECT_FALSE(engine->receivedFrame().recycledPkt());
 
   parse(leaveAllAndValue);
-  EXPECT_EQ(engine->mrpRxLeaveAll().size(), 1u);
+  EXPECT_EQ(engine->receivedFrame().mrpRxLeaveAll().size(), 1u);
   EXPECT_EQ(keys().size(), 1u);
 }
 
@@ -286,7 +286,7 @@ TEST_F(MrpSmParseTest, FourPackedDeclarationIsReadWithoutConsumingIt) {
       0xC0,  // four-packed, second octet: value 4 is readyFailed
   };
   Quarn::Ptr<Velo::Pkt> pkt = Velo::Pkt::pktNew(packed.data(), packed.size());
-  engine->processThreeAndFourPacked(pkt, 1, 4, 1);
+  engine->pduParser().processThreeAndFourPacked(pkt, 1, 4, 1);
   EXPECT_EQ(mrpLib->msrpListenerVectorRx().listenerEvent(), Mrp::MsrpListenerEvent::readyFailed);
   EXPECT_EQ(pkt->bytes(), 3u);
   EXPECT_EQ(keys().size(), 1u);
@@ -296,7 +296,7 @@ TEST_F(MrpSmParseTest, FourPackedDeclarationPastTheFrameIsMalformed) {
   engineIs(MrpApplication::msrp);
   context().attributeTypeIs(3);
   Quarn::Ptr<Velo::Pkt> pkt = Velo::Pkt::pktNew(Bytes{0x24, 0x00}.data(), 2);
-  engine->processThreeAndFourPacked(pkt, 1, 4, 1);
+  engine->pduParser().processThreeAndFourPacked(pkt, 1, 4, 1);
   EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
   EXPECT_TRUE(keys().empty());
 }
@@ -314,7 +314,7 @@ TEST_F(MrpSmParseTest, AllFourMsrpTypesAreCollectedDomainsApart) {
                                                         {3, 0x0011223344550003ULL},
                                                         {3, 0x0011223344550004ULL},
                                                         {3, 0x0011223344550005ULL}}));
-  EXPECT_EQ(engine->mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{3, true}}));
+  EXPECT_EQ(engine->receivedFrame().mrpRxLeaveAll(), (std::map<std::uint8_t, bool>{{3, true}}));
   EXPECT_EQ(domainKeys(), (std::vector<MrpParsedAttributeKey>{{4, 6}}));
 
   const Bytes second = valueOf(1, 0x0011223344550002ULL);
@@ -339,7 +339,7 @@ TEST_F(MrpSmParseTest, ListenerMessageOfLengthEightIsConsistentAndOfTwentyFiveIs
 
   Bytes wrongLength = Frames::msrpListenerFrame(Frames::kListenerListLength);
   wrongLength[2] = 25;  // AttributeLength
-  engine->mrpParsedAttributeKeyDelAll();
+  engine->receivedFrame().mrpParsedAttributeKeyDelAll();
   parse(wrongLength);
   EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
   EXPECT_TRUE(keys().empty());
@@ -356,7 +356,7 @@ TEST_F(MrpSmParseTest, NewerProtocolVersionIsCountedAndParsed) {
   parse(frame);
   EXPECT_EQ(counters().numOfIncorrectPduVersion(), 1u);
   EXPECT_TRUE(traces.contains("MRPDU protocol version1 is greater than the current supported version "));
-  EXPECT_TRUE(engine->futureProtocolVersion());
+  EXPECT_TRUE(engine->receivedFrame().futureProtocolVersion());
   EXPECT_EQ(keys().size(), 3u);
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseEndOfPdu));
 }
@@ -364,7 +364,7 @@ TEST_F(MrpSmParseTest, NewerProtocolVersionIsCountedAndParsed) {
 TEST_F(MrpSmParseTest, VersionZeroLeavesTheFutureVersionFlagAlone) {
   engineIs(MrpApplication::mvrp);
   parse(Frames::kMvrpThreeVlans);
-  EXPECT_FALSE(engine->futureProtocolVersion());
+  EXPECT_FALSE(engine->receivedFrame().futureProtocolVersion());
   EXPECT_EQ(counters().numOfIncorrectPduVersion(), 0u);
 }
 
@@ -751,7 +751,7 @@ TEST_F(MrpSmParseTest, FutureVersionSkipOfZeroOctetsBeforeALeaveAllIsMalformed) 
       0x00, 0x00,  // EndMark of the MRPDU
   });
   EXPECT_EQ(counters().numOfMalformedPkts(), 1u);
-  EXPECT_TRUE(engine->mrpRxLeaveAll().empty()) << "a skipped message is not read";
+  EXPECT_TRUE(engine->receivedFrame().mrpRxLeaveAll().empty()) << "a skipped message is not read";
   EXPECT_TRUE(parsedWith(Mrp::MrpParseStatus::parseMalformed));
 }
 

@@ -36,11 +36,11 @@ class MrpSmPendingTest : public EngineFixture {
     return engine->mrpAddAttrToDatabase(a.intfId, a.attributeType, a.attributeKey, true);
   }
   Ptr<MrpAttrDatabase> stored(const MrpAttribute& a) const {
-    auto type = engine->mrpIntfTypeApplicant(a.intfId, a.attributeType);
+    auto type = engine->attributeStore().mrpIntfTypeApplicant(a.intfId, a.attributeType);
     return type ? type->mrpAttribute(a.attributeKey) : nullptr;
   }
   bool indexed(const MrpAttribute& a) const {
-    auto iter = engine->mrpAttrIter({a.intfId, a.attributeType});
+    auto iter = engine->attributeStore().mrpAttrIter({a.intfId, a.attributeType});
     return iter && iter->attributeKey(a.attributeKey);
   }
   bool addReviewPending() const { return engine->mrpDatabaseAddSm()->reviewTimer()->reviewPending(); }
@@ -54,7 +54,7 @@ class MrpSmPendingTest : public EngineFixture {
 TEST_F(MrpSmPendingTest, NewAttributeIsPendingIndexedAndReviewed) {
   auto entry = add(kVlan100);
   EXPECT_EQ(entry->attributeKey(), 100u);
-  EXPECT_EQ(engine->addPendingAttr(kVlan100), entry);
+  EXPECT_EQ(engine->attributeStore().addPendingAttr(kVlan100), entry);
   EXPECT_TRUE(indexed(kVlan100));
   EXPECT_FALSE(stored(kVlan100));
   EXPECT_TRUE(addReviewPending());
@@ -67,7 +67,7 @@ TEST_F(MrpSmPendingTest, AddingAStoredAttributeReturnsTheStoredEntryAndQueuesNot
   auto entry = stored(kVlan100);
   ASSERT_TRUE(entry);
   EXPECT_EQ(engine->addAttrToAddPending(kVlan100), entry);
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
   EXPECT_FALSE(addReviewPending());
 }
 
@@ -75,8 +75,8 @@ TEST_F(MrpSmPendingTest, AddingAPendingAttributeAgainReplacesItsEntry) {
   auto first = engine->addAttrToAddPending(kVlan100);
   auto second = engine->addAttrToAddPending(kVlan100);
   EXPECT_NE(first, second);
-  EXPECT_EQ(engine->addPendingAttr(kVlan100), second);
-  EXPECT_EQ(engine->addPendingAttrs().size(), 1u);
+  EXPECT_EQ(engine->attributeStore().addPendingAttr(kVlan100), second);
+  EXPECT_EQ(engine->attributeStore().addPendingAttrs().size(), 1u);
 }
 
 // Look-ups of pending additions start beside the last one found; whatever
@@ -95,23 +95,23 @@ TEST_F(MrpSmPendingTest, PendingAdditionsAreFoundInAnyOrderOfLookUpsInsertionsAn
   for (std::uint64_t key : {21, 20, 14, 13, 12, 11, 10, 9, 5, 1, 0, 2, 12, 30}) {
     for (int port : {0, 1, 0}) {
       const auto it = expected.find(attribute(port, key));
-      EXPECT_EQ(engine->addPendingAttr(attribute(port, key)), it == expected.end() ? nullptr : it->second)
+      EXPECT_EQ(engine->attributeStore().addPendingAttr(attribute(port, key)), it == expected.end() ? nullptr : it->second)
           << "port " << port << " key " << key;
     }
   }
-  EXPECT_EQ(engine->addPendingAttrs().size(), expected.size());
+  EXPECT_EQ(engine->attributeStore().addPendingAttrs().size(), expected.size());
 }
 
 TEST_F(MrpSmPendingTest, AddThenDeleteBeforeTheReviewLeavesNoTrace) {
   add(kVlan100);
   engine->addAttrToDeletePending(kVlan100);
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
-  EXPECT_TRUE(engine->mrpAttrIters().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIters().empty());
   EXPECT_FALSE(deleteReviewPending());
   clock->advance(5);
   EXPECT_FALSE(records.mrpStatus->applicationDatabase(MrpApplication::mvrp)) << "nothing was ever stored";
-  EXPECT_TRUE(engine->mrpAttrIters().empty());
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIters().empty());
 }
 
 TEST_F(MrpSmPendingTest, DeleteThenReAddOfAStoredAttributeCancelsTheDeletionWithAFreshEntry) {
@@ -123,11 +123,11 @@ TEST_F(MrpSmPendingTest, DeleteThenReAddOfAStoredAttributeCancelsTheDeletionWith
   old->attributeValueIs(ValueIndex(5), 0xee);
 
   engine->addAttrToDeletePending(kVlan100);
-  EXPECT_TRUE(engine->deletePendingAttr(kVlan100));
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttr(kVlan100));
   auto fresh = add(kVlan100);
   EXPECT_NE(fresh, old);
-  EXPECT_TRUE(engine->deletePendingAttrs().empty()) << "deletion cancelled";
-  EXPECT_EQ(engine->addPendingAttr(kVlan100), fresh);
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty()) << "deletion cancelled";
+  EXPECT_EQ(engine->attributeStore().addPendingAttr(kVlan100), fresh);
   EXPECT_EQ(fresh->applicantState(), MrpApplicantState::vo);
   EXPECT_EQ(fresh->registrarState(), MrpRegistrarState::mt);
 
@@ -140,21 +140,21 @@ TEST_F(MrpSmPendingTest, DeleteThenReAddOfAStoredAttributeCancelsTheDeletionWith
   EXPECT_EQ(now->attributeValue(ValueIndex(1)), 100);
   EXPECT_EQ(now->attributeValue(ValueIndex(5)), 0) << "every octet replaced";
   EXPECT_TRUE(indexed(kVlan100));
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
 }
 
 TEST_F(MrpSmPendingTest, DeletingWhatIsNeitherStoredNorPendingDoesNothing) {
   engine->addAttrToDeletePending(kVlan100);
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
   EXPECT_FALSE(deleteReviewPending());
-  EXPECT_TRUE(engine->mrpAttrIters().empty());
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIters().empty());
 }
 
 TEST_F(MrpSmPendingTest, DeletingAStoredAttributeQueuesItForTheDeleteReview) {
   add(kVlan100);
   review();
   engine->addAttrToDeletePending(kVlan100);
-  EXPECT_TRUE(engine->deletePendingAttr(kVlan100));
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttr(kVlan100));
   EXPECT_TRUE(deleteReviewPending());
   EXPECT_TRUE(stored(kVlan100)) << "until the review";
   EXPECT_TRUE(indexed(kVlan100));
@@ -166,7 +166,7 @@ TEST_F(MrpSmPendingTest, DroppingAPendingAdditionOfAStoredAttributeKeepsItsIndex
   engine->addAttrToDeletePending(kVlan100);
   add(kVlan100);  // stored and pending again
   engine->removeAttrFromAddPending(kVlan100);
-  EXPECT_FALSE(engine->addPendingAttr(kVlan100));
+  EXPECT_FALSE(engine->attributeStore().addPendingAttr(kVlan100));
   EXPECT_TRUE(indexed(kVlan100));
 }
 
@@ -174,7 +174,7 @@ TEST_F(MrpSmPendingTest, DroppingANeverCommittedAdditionRemovesItsIndexEntry) {
   add(kVlan100);
   add({kEth1, 1, 101});
   engine->removeAttrFromAddPending(kVlan100);
-  EXPECT_FALSE(engine->addPendingAttr(kVlan100));
+  EXPECT_FALSE(engine->attributeStore().addPendingAttr(kVlan100));
   EXPECT_FALSE(indexed(kVlan100));
   EXPECT_TRUE(indexed({kEth1, 1, 101}));
 }
@@ -182,36 +182,36 @@ TEST_F(MrpSmPendingTest, DroppingANeverCommittedAdditionRemovesItsIndexEntry) {
 TEST_F(MrpSmPendingTest, OnlyADeletionMarkedTrueMakesAnAttributeReadAsAbsent) {
   add(kVlan100);
   review();
-  engine->deletePendingAttrIs(kVlan100, false);
-  EXPECT_FALSE(engine->deletePendingAttr(kVlan100));
+  engine->attributeStore().deletePendingAttrIs(kVlan100, false);
+  EXPECT_FALSE(engine->attributeStore().deletePendingAttr(kVlan100));
   EXPECT_TRUE(engine->mrpGetAttrFromDatabase(kEth1, 1, 100, false));
-  engine->deletePendingAttrIs(kVlan100, true);
+  engine->attributeStore().deletePendingAttrIs(kVlan100, true);
   EXPECT_FALSE(engine->mrpGetAttrFromDatabase(kEth1, 1, 100, false));
-  engine->deletePendingAttrDel(kVlan100);
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
-  engine->deletePendingAttrIs(kVlan100, true);
-  engine->deletePendingAttrDelAll();
-  EXPECT_TRUE(engine->deletePendingAttrs().empty());
+  engine->attributeStore().deletePendingAttrDel(kVlan100);
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
+  engine->attributeStore().deletePendingAttrIs(kVlan100, true);
+  engine->attributeStore().deletePendingAttrDelAll();
+  EXPECT_TRUE(engine->attributeStore().deletePendingAttrs().empty());
 }
 
 TEST_F(MrpSmPendingTest, PlainAddPendingMutators) {
   Ptr<MrpAttrDatabase> entry = new MrpAttrDatabase(100);
-  engine->addPendingAttrIs(kVlan100, entry);
-  EXPECT_EQ(engine->addPendingAttr(kVlan100), entry);
-  EXPECT_FALSE(engine->addPendingAttr({kEth1, 1, 101}));
-  engine->addPendingAttrDel(kVlan100);
-  EXPECT_FALSE(engine->addPendingAttr(kVlan100));
-  engine->addPendingAttrIs(kVlan100, entry);
-  engine->addPendingAttrIs({kEth2, 1, 1}, entry);
-  engine->addPendingAttrDelAll();
-  EXPECT_TRUE(engine->addPendingAttrs().empty());
+  engine->attributeStore().addPendingAttrIs(kVlan100, entry);
+  EXPECT_EQ(engine->attributeStore().addPendingAttr(kVlan100), entry);
+  EXPECT_FALSE(engine->attributeStore().addPendingAttr({kEth1, 1, 101}));
+  engine->attributeStore().addPendingAttrDel(kVlan100);
+  EXPECT_FALSE(engine->attributeStore().addPendingAttr(kVlan100));
+  engine->attributeStore().addPendingAttrIs(kVlan100, entry);
+  engine->attributeStore().addPendingAttrIs({kEth2, 1, 1}, entry);
+  engine->attributeStore().addPendingAttrDelAll();
+  EXPECT_TRUE(engine->attributeStore().addPendingAttrs().empty());
 }
 
 TEST_F(MrpSmPendingTest, PendingMapsGoPortByPortInAscendingTypeAndKey) {
   const std::vector<MrpAttribute> ascending{{kEth1, 1, 5}, {kEth1, 1, 300}, {kEth1, 2, 1}, {kEth2, 1, 2}};
   for (auto it = ascending.rbegin(); it != ascending.rend(); ++it) engine->addAttrToAddPending(*it);
   std::vector<MrpAttribute> order;
-  for (const auto& [attribute, entry] : engine->addPendingAttrs()) order.push_back(attribute);
+  for (const auto& [attribute, entry] : engine->attributeStore().addPendingAttrs()) order.push_back(attribute);
   EXPECT_EQ(order, ascending);
 }
 

@@ -112,12 +112,12 @@ TEST_F(MrpSmTest, SwitchToActiveIndexesExactlyTheStoredPortsAndTypesWithTheirKey
   records.mrpStatus->applicationDatabaseIs(MrpApplication::mvrp)->attrDatabaseIs(eth2)->intfTypeApplicantIs(1)->mrpAttributeIs(5);
 
   auto engine = engineNew(MrpApplication::msrp, true);
-  EXPECT_TRUE(engine->mrpAttrIters().empty()) << "a standby engine keeps no index";
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIters().empty()) << "a standby engine keeps no index";
   engine->standbyModeIs(false);
   engine->handleStandbyMode();
 
   std::map<Mrp::MrpAttrIter::Key, std::vector<std::uint64_t>> index;
-  for (const auto& [key, iter] : engine->mrpAttrIters()) {
+  for (const auto& [key, iter] : engine->attributeStore().mrpAttrIters()) {
     index[key].assign(iter->attributeKeys().begin(), iter->attributeKeys().end());
   }
   const std::map<Mrp::MrpAttrIter::Key, std::vector<std::uint64_t>> expected{
@@ -129,7 +129,7 @@ TEST_F(MrpSmTest, SwitchToActiveWithEmptyStoreCreatesNoIndexOrDatabase) {
   auto engine = engineNew(MrpApplication::mvrp, true);
   engine->standbyModeIs(false);
   engine->handleStandbyMode();
-  EXPECT_TRUE(engine->mrpAttrIters().empty());
+  EXPECT_TRUE(engine->attributeStore().mrpAttrIters().empty());
   EXPECT_FALSE(records.mrpStatus->applicationDatabase(MrpApplication::mvrp));
 }
 

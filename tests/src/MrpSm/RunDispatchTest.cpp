@@ -44,7 +44,7 @@ class RunDispatchTest : public EngineScenario {
     std::ostringstream out;
     Mrp::MrpSm& sm = engine.sm();
     for (std::uint8_t type = 1; type <= sm.maxAttrTypes(); ++type) {
-      const auto iter = sm.mrpAttrIter({Velo::IntfId(port), type});
+      const auto iter = sm.attributeStore().mrpAttrIter({Velo::IntfId(port), type});
       if (!iter) continue;
       for (std::uint64_t key : iter->attributeKeys()) {
         const auto entry = sm.mrpGetAttrFromDatabase(Velo::IntfId(port), type, key, true);

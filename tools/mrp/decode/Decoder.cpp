@@ -30,10 +30,10 @@ FrameCounters countersOf(const Mrp::MrpCounters& c) {
 
 using Json = nlohmann::ordered_json;
 
-Json attributesOf(MrpApplication application, const Mrp::MrpSm& engine, const Mrp::MrpSm::ParsedKeyQueue& keys) {
+Json attributesOf(MrpApplication application, const Mrp::MrpSm& engine, const Mrp::MrpReceivedFrame::KeyQueue& keys) {
   Json attributes = Json::array();
   for (const auto& [index, key] : keys) {
-    Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = engine.mrpParsedAttribute(key);
+    Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = engine.receivedFrame().mrpParsedAttribute(key);
     std::vector<std::uint8_t> octets;
     for (std::size_t i = 0; parsed && i < parsed->attributeValues().size(); ++i) {
       octets.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
@@ -54,7 +54,7 @@ Json attributesOf(MrpApplication application, const Mrp::MrpSm& engine, const Mr
 
 Json leaveAllOf(const Mrp::MrpSm& engine) {
   Json types = Json::array();
-  for (const auto& [type, leaveAll] : engine.mrpRxLeaveAll()) {
+  for (const auto& [type, leaveAll] : engine.receivedFrame().mrpRxLeaveAll()) {
     if (leaveAll) types.push_back(unsigned{type});
   }
   return types;
@@ -83,7 +83,7 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
 // What one received frame leaves behind until the receive path has
 // dispatched it; decoding stops before dispatch, so it is cleared here.
 void Decoder::clearFrameState(Mrp::MrpSm& engine) {
-  engine.parseResultsDelAll();
+  engine.receivedFrame().parseResultsDelAll();
 }
 
 Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std::vector<std::uint8_t>& mrpdu) {
@@ -98,8 +98,8 @@ Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std:
       {"frame", frame},
       {"application", applicationName(application)},
       {"leaveAll", leaveAllOf(e)},
-      {"domain", attributesOf(application, e, e.msrpParsedDomainKey())},
-      {"attributes", attributesOf(application, e, e.mrpParsedAttributeKey())},
+      {"domain", attributesOf(application, e, e.receivedFrame().msrpParsedDomainKey())},
+      {"attributes", attributesOf(application, e, e.receivedFrame().mrpParsedAttributeKey())},
       {"events", static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore)},
       {"counters",
        {{"numOfIncorrectPduVersion", after.incorrectPduVersion - before.incorrectPduVersion},
