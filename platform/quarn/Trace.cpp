@@ -107,6 +107,14 @@ bool TraceRegistry::apply(const std::string& selection) {
 
 void TraceTag::emit(int level, const std::string& text) const { registry().sink->trace(name_, level, text); }
 
+TraceLine::TraceLine() : stream_(std::make_unique<std::ostringstream>()) {}
+
+TraceLine::~TraceLine() = default;
+
+std::ostream& TraceLine::stream() { return *stream_; }
+
+std::string TraceLine::text() const { return stream_->str(); }
+
 TraceTag& traceTag(const std::string& name) {
   TraceRegistry& r = registry();
   auto it = r.tags.find(name);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -47,6 +48,21 @@ TraceTag& traceTag(const std::string& name);
 // changing nothing, when the text is not a valid selection.
 bool traceLevelsIs(const std::string& selection);
 
+// The text of one trace line while it is written.
+class TraceLine {
+ public:
+  TraceLine();
+  TraceLine(const TraceLine&) = delete;
+  TraceLine& operator=(const TraceLine&) = delete;
+  ~TraceLine();
+
+  std::ostream& stream();
+  std::string text() const;
+
+ private:
+  std::unique_ptr<std::ostringstream> stream_;
+};
+
 // Disables every level of every tag and forgets earlier selections.
 void traceLevelsClear();
 
@@ -77,16 +93,14 @@ class CaptureTraceSink : public TraceSink {
 }  // namespace Quarn
 
 // Emits one trace line when the tag has the level enabled. A disabled trace
-// costs one branch: `expr` (a stream expression) is not evaluated. The line
-// is formatted out of line, so the stream's setup does not weigh on the
-// function that traces.
-#define QTRACE(tag, level, expr)                                   \
-  do {                                                             \
-    if ((tag).enabled(level)) [[unlikely]] {                       \
-      [&]() __attribute__((noinline, cold)) {                      \
-        std::ostringstream quarnTraceStream_;                      \
-        quarnTraceStream_ << expr;                                 \
-        (tag).emit((level), quarnTraceStream_.str());              \
-      }();                                                         \
-    }                                                              \
+// costs one branch: `expr` (a stream expression) is not evaluated. The
+// line's stream is made out of line (Quarn::TraceLine), so a function that
+// traces does not carry a string stream in its frame.
+#define QTRACE(tag, level, expr)                             \
+  do {                                                       \
+    if ((tag).enabled(level)) [[unlikely]] {                 \
+      ::Quarn::TraceLine quarnTraceLine_;                    \
+      quarnTraceLine_.stream() << expr;                      \
+      (tag).emit((level), quarnTraceLine_.text());           \
+    }                                                        \
   } while (0)
