@@ -23,8 +23,9 @@ Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::mrpGetAttrFromDatabase(const Velo
                                                                       const std::uint64_t& key,
                                                                       bool useLocalCopy) const {
   const MrpAttribute attribute{intfId, attributeType, key};
-  const Quarn::Ptr<MrpIntfTypeApplicant> registrations = mrpIntfTypeApplicant(intfId, attributeType);
-  return useLocalCopy ? entryIn(registrations.ptr(), attribute) : storedIn(registrations.ptr(), attribute);
+  // A pending addition is found without walking down to the port and type.
+  if (MrpAttrDatabase* pending = useLocalCopy ? pendingAddition(attribute) : nullptr) return pending;
+  return storedIn(mrpIntfTypeApplicant(intfId, attributeType).ptr(), attribute);
 }
 
 Quarn::Ptr<MrpAttrDatabase> MrpAttributeStore::createEntryInDatabase(const Velo::IntfId& intfId,
