@@ -10,13 +10,17 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "format/CaptureReader.h"
 #include "support/AgentProcess.h"
+#include "support/HttpGet.h"
 #include "support/NetNamespace.h"
 #include "support/RawSocket.h"
 #include "support/TempDir.h"
@@ -389,6 +393,114 @@ TEST_F(AgentNamespaceTest, ATalkerOnAAndAListenerOnBAreAReservationThatBothStrea
   ASSERT_TRUE(portsJson.is_object()) << ports.out;
   EXPECT_EQ(portsJson["ports"][0]["speed"], 10'000'000'000ULL);
   EXPECT_EQ(portsJson["ports"][0]["speedFrom"], "kernel");
+}
+
+// The samples of a Prometheus text exposition by series ("name{labels}");
+// empty when it cannot be had.
+std::map<std::string, double> scrape(std::uint16_t port) {
+  std::map<std::string, double> samples;
+  const std::optional<std::string> text = httpGet(port, "/metrics");
+  if (!text) return samples;
+  std::istringstream lines(*text);
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t space = line.rfind(' ');
+    if (line.empty() || line[0] == '#' || space == std::string::npos) continue;
+    samples[line.substr(0, space)] = std::stod(line.substr(space + 1));
+  }
+  return samples;
+}
+
+double sampleOr(const std::map<std::string, double>& samples, const std::string& series, double otherwise = -1) {
+  const auto it = samples.find(series);
+  return it != samples.end() ? it->second : otherwise;
+}
+
+// Each application's port counters add up to what its engine counted.
+void expectPortsAddUpToTheEngines(const nlohmann::json& counters) {
+  const std::pair<const char*, std::vector<const char*>> sums[] = {
+      {"numOfPktsProcessed", {"framesReceived"}},
+      {"numOfPktsTransmitted", {"framesSent"}},
+      {"numOfJoinIndications", {"joinIndications"}},
+      {"numOfLeaveIndications", {"leaveIndications"}},
+      {"numOfIncorrectDmac", {"dropped", "wrongDestination"}},
+      {"numOfIncorrectEtype", {"dropped", "wrongEtherType"}},
+      {"numOfIncorrectPduVersion", {"dropped", "badVersion"}},
+      {"numOfMalformedPkts", {"dropped", "malformed"}},
+      {"numOfUnknownAttributeType", {"dropped", "unknownType"}},
+      {"numOfUnknownApplication", {"dropped", "unknownApplication"}},
+  };
+  ASSERT_EQ(counters["applications"].size(), 2u) << counters.dump();
+  for (const auto& application : counters["applications"]) {
+    for (const auto& [engineCounter, path] : sums) {
+      std::uint64_t total = 0;
+      for (const auto& port : counters["ports"]) {
+        if (port["app"] != application["app"]) continue;
+        const nlohmann::json* value = &port;
+        for (const char* key : path) value = &(*value)[key];
+        total += value->get<std::uint64_t>();
+      }
+      EXPECT_EQ(total, application["engine"][engineCounter].get<std::uint64_t>())
+          << application["app"] << " " << engineCounter;
+    }
+  }
+}
+
+TEST_F(AgentNamespaceTest, MetricsOfTheLoopbackAndTheCountersOfCtlTellTheSame) {
+  constexpr std::uint16_t kMetricsPort = 9477;
+  // The test's thread is in B's namespace, where the agent serves its metrics.
+  ASSERT_TRUE(nsB.ip("link set lo up")) << nsB.error();
+  a = agentIn(nsA, {"a0"}, kNoLeaveAllConfig);
+  b = std::make_unique<AgentProcess>(std::vector<std::string>{"b0"}, "", kNoLeaveAllConfig, nsB.name(),
+                                     std::vector<std::string>{"--metrics", "127.0.0.1:" + std::to_string(kMetricsPort)});
+  ASSERT_TRUE(b->ready()) << b->process().err();
+  ASSERT_TRUE(a->portsUp({"a0"}) && b->portsUp({"b0"}));
+
+  declareOn(*a, kVlan10);
+  declareOn(*b, kTalkerB);
+  declareOn(*a, R"({"port": "a0", "app": "msrp", "listener": {"streamId": "00:1b:21:00:00:01:00:02",
+    "declaration": "ready"}})");
+  const std::string vlans = R"(mrp_registrations{port="b0",app="mvrp",type="vlan"})";
+  const std::string streams = R"(mrp_streams_reserved{port="b0",app="msrp",class="A"})";
+  const std::string bandwidth = R"(mrp_reserved_bandwidth_bytes_per_second{port="b0",app="msrp",class="A"})";
+  std::map<std::string, double> samples;
+  EXPECT_TRUE(secondsUntil(2, [&] {
+    samples = scrape(kMetricsPort);
+    return sampleOr(samples, vlans) == 1 && sampleOr(samples, streams) == 1;
+  })) << b->process().out() << b->process().err();
+
+  const MrpRun counters = b->ctl({"counters", "--json"});
+  ASSERT_EQ(counters.status, 0) << counters.err;
+  const auto json = nlohmann::json::parse(counters.out, nullptr, false);
+  ASSERT_TRUE(json.is_object()) << counters.out;
+  expectPortsAddUpToTheEngines(json);
+  for (const auto& port : json["ports"]) {
+    const std::string series = "{port=\"b0\",app=\"" + port["app"].get<std::string>() + "\"}";
+    EXPECT_GT(port["framesReceived"].get<double>(), 0) << series;
+    EXPECT_GT(port["joinIndications"].get<double>(), 0) << series;
+    EXPECT_GE(port["framesSent"].get<double>(), 1) << series;
+    // Scraped before: nothing counts down.
+    EXPECT_LE(sampleOr(samples, "mrp_frames_received_total" + series), port["framesReceived"].get<double>());
+    EXPECT_LE(sampleOr(samples, "mrp_frames_transmitted_total" + series), port["framesSent"].get<double>());
+  }
+  // The reservation, as the stream table gives it: bit/s there, bytes/s here.
+  const auto classes = streamsOf(*b)["classes"];
+  ASSERT_EQ(classes.size(), 1u);
+  EXPECT_EQ(sampleOr(samples, bandwidth), classes[0]["reserved"].get<double>() / 8);
+  EXPECT_EQ(json["ports"][1]["reservations"][0]["bandwidth"], classes[0]["reserved"]);
+  EXPECT_EQ(sampleOr(samples, R"(mrp_worker_restarts_total{app="msrp"})"), 0);
+  const std::string table = b->ctl({"counters"}).out;
+  EXPECT_THAT(table, ::testing::HasSubstr("registered: VLAN                 1     -"));
+  EXPECT_THAT(table, ::testing::HasSubstr("streams reserved, class A        -     1"));
+
+  // A withdraws the VLAN: one leave indication on B, and it is no longer registered.
+  declareOn(*a, kVlan10, "withdraw");
+  EXPECT_TRUE(secondsUntil(kLeaveTime + 2, [&] {
+    samples = scrape(kMetricsPort);
+    return sampleOr(samples, R"(mrp_leave_indications_total{port="b0",app="mvrp"})") == 1 &&
+           sampleOr(samples, vlans, 0) == 0;
+  })) << b->process().out();
+  const MrpRun after = b->ctl({"counters", "--json"});
+  expectPortsAddUpToTheEngines(nlohmann::json::parse(after.out, nullptr, false));
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ std::string joined(const std::vector<std::string>& names) {
 }  // namespace
 
 AgentProcess::AgentProcess(const std::vector<std::string>& ports, const std::string& apps, const std::string& config,
-                           const std::string& netns)
+                           const std::string& netns, const std::vector<std::string>& options)
     : controlPath_(dir_.file("agent.sock")) {
   const std::string configFile = dir_.file("config.json");
   std::ofstream(configFile) << config;
@@ -32,6 +32,7 @@ AgentProcess::AgentProcess(const std::vector<std::string>& ports, const std::str
     argv.push_back(arg);
   }
   if (!apps.empty()) argv.insert(argv.end(), {"--apps", apps});
+  argv.insert(argv.end(), options.begin(), options.end());
   process_ = std::make_unique<ChildProcess>(argv);
 }
 

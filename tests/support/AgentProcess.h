@@ -20,9 +20,11 @@ class AgentProcess {
  public:
   // `config` is the configuration file's text; no namespace when `netns`
   // is empty.
-  // `apps` empty: the agent's default applications.
+  // `apps` empty: the agent's default applications. `options` go on the
+  // command line after the others.
   explicit AgentProcess(const std::vector<std::string>& ports, const std::string& apps = "",
-                        const std::string& config = "{}", const std::string& netns = "");
+                        const std::string& config = "{}", const std::string& netns = "",
+                        const std::vector<std::string>& options = {});
 
   // Whether its control socket answers within five seconds.
   bool ready() const;

@@ -47,17 +47,76 @@ TEST(ControlMergeTest, NoRegistrationsAndBadEntriesMakeAnEmptyTable) {
   EXPECT_EQ(merged.text, "(none)\n");
 }
 
-TEST(ControlMergeTest, CountersAreGroupedByApplication) {
+// A worker's counters of one port, as Agent::countersMessage() lists them.
+Json portCounters(const std::string& port, unsigned received) {
+  return {{"port", port},
+          {"framesReceived", received},
+          {"framesSent", 2},
+          {"dropped",
+           {{"wrongDestination", 0}, {"wrongEtherType", 0}, {"badVersion", 0}, {"malformed", 1},
+            {"unknownType", 0}, {"unknownApplication", 0}}},
+          {"joinIndications", 3},
+          {"leaveIndications", 0},
+          {"leaveAllsReceived", 1},
+          {"leaveAllsSent", 1},
+          {"talkerFailedDeclared", Json::object()},
+          {"registrations", Json::object()},
+          {"reservations", Json::array()}};
+}
+
+TEST(ControlMergeTest, CountersAreATablePerPortWithAColumnPerApplication) {
+  Json msrp = portCounters("eth2", 5);
+  msrp["registrations"] = {{"talker advertise", 1}};
+  msrp["talkerFailedDeclared"] = {{"1", 2}};
+  msrp["reservations"] = Json::array({{{"class", "A"}, {"streams", 1}, {"bandwidth", 9088000}}});
+  Json mvrp = portCounters("eth2", 4);
+  mvrp["registrations"] = {{"VLAN", 3}};
   const MrpCli::WorkerAnswers answers = {
-      {MrpApplication::mvrp, Json{{"numOfPktsProcessed", 3}, {"numOfIncorrectDmac", 0}}},
-      {MrpApplication::msrp, Json::object()},  // an engine not active yet
+      {MrpApplication::mvrp, {{"engine", {{"numOfPktsProcessed", 4}}}, {"ports", Json::array({mvrp})}}},
+      {MrpApplication::msrp, {{"engine", Json::object()}, {"ports", Json::array({msrp})}}},
   };
-  const MrpCli::ControlAnswer merged = MrpCli::mergedCounters(answers);
-  EXPECT_EQ(merged.result.dump(), R"({"mvrp":{"numOfPktsProcessed":3,"numOfIncorrectDmac":0}})");
+  const MrpCli::ControlAnswer merged =
+      MrpCli::mergedCounters(answers, {"eth2"}, {{MrpApplication::mvrp, 0}, {MrpApplication::msrp, 1}});
   EXPECT_EQ(merged.text,
-            "app   counter             value\n"
-            "mvrp  numOfPktsProcessed  3\n"
-            "mvrp  numOfIncorrectDmac  0\n");
+            "port  counter                          mvrp  msrp\n"
+            "eth2  frames received                  4     5\n"
+            "      frames sent                      2     2\n"
+            "      dropped: wrong destination       0     0\n"
+            "      dropped: wrong EtherType         0     0\n"
+            "      dropped: bad protocol version    0     0\n"
+            "      dropped: malformed               1     1\n"
+            "      dropped: unknown attribute type  0     0\n"
+            "      dropped: unknown application     0     0\n"
+            "      join indications                 3     3\n"
+            "      leave indications                0     0\n"
+            "      LeaveAll received                1     1\n"
+            "      LeaveAll sent                    1     1\n"
+            "      registered: VLAN                 3     -\n"
+            "      registered: talker advertise     -     1\n"
+            "      Talker Failed declared, code 1   -     2\n"
+            "      streams reserved, class A        -     1\n"
+            "      reserved, class A                -     9.088 Mb/s\n"
+            "      worker restarts                  0     1\n");
+  ASSERT_EQ(merged.result["ports"].size(), 2u);
+  EXPECT_EQ(merged.result["ports"][0]["port"], "eth2");
+  EXPECT_EQ(merged.result["ports"][0]["app"], "mvrp");
+  EXPECT_EQ(merged.result["ports"][1]["app"], "msrp");
+  EXPECT_EQ(merged.result["ports"][1]["reservations"][0]["bandwidth"], 9088000);
+  EXPECT_EQ(merged.result["applications"].dump(),
+            R"([{"app":"mvrp","workerRestarts":0,"engine":{"numOfPktsProcessed":4}},)"
+            R"({"app":"msrp","workerRestarts":1,"engine":{}}])");
+}
+
+TEST(ControlMergeTest, AWorkerThatDidNotAnswerShowsDashes) {
+  const MrpCli::WorkerAnswers answers = {
+      {MrpApplication::mvrp, {{"engine", Json::object()}, {"ports", Json::array({portCounters("eth1", 4)})}}},
+      {MrpApplication::msrp, Json("not counters")},
+  };
+  const MrpCli::ControlAnswer merged =
+      MrpCli::mergedCounters(answers, {"eth1"}, {{MrpApplication::mvrp, 0}, {MrpApplication::msrp, 0}});
+  EXPECT_NE(merged.text.find("eth1  frames received                  4     -\n"), std::string::npos) << merged.text;
+  EXPECT_EQ(merged.result["ports"].size(), 1u);
+  EXPECT_EQ(merged.result["applications"][1]["engine"], Json::object());
 }
 
 TEST(ControlMergeTest, EachPortShowsItsSpeedAndTheSocketOfEveryApplication) {

@@ -8,6 +8,7 @@
 #include "common/WallTime.h"
 #include "control/AttributeMessage.h"
 #include "report/StreamTableJson.h"
+#include "report/ValueText.h"
 #include "velo/PacketSocketPam.h"
 
 namespace MrpCli {
@@ -32,8 +33,8 @@ Agent::Agent(Options options, Quarn::Ptr<Quarn::EventLoop> loop, Timeline& timel
       processClock_(loop_->clockPtr()),
       stampEnd_(&loop_->clock(), this),
       speeds_(portSpeedsOf(options_)),
-      bridge_(kBridgeName, {options_.application}, bridgeConfigOf(options_, speeds_),
-              new Velo::PacketSocketPamFactory(loop_)),
+      sockets_(new CountingPamFactory(new Velo::PacketSocketPamFactory(loop_), [this] { return engineCounters(); })),
+      bridge_(kBridgeName, {options_.application}, bridgeConfigOf(options_, speeds_), sockets_),
       ports_(loop_, options_.ports, this) {
   bridge_.observerIs(this);
   ports_.doRefresh();
@@ -112,6 +113,7 @@ void Agent::onJoin(const MrpAgent::Bridge&, const std::string& port, const MrpAg
 }
 
 void Agent::onLeave(const MrpAgent::Bridge&, const std::string& port, const MrpAgent::AttributeValue& value) {
+  ++sockets_->portCounters()[port].leaveIndications;
   timeline_.indicated(placeOf(port), value, false);
 }
 
@@ -127,6 +129,7 @@ void Agent::onReservation(const MrpAgent::Bridge&, const std::string& port,
 
 void Agent::onTalkerFailed(const MrpAgent::Bridge&, const std::string& port,
                            const Mrp::MsrpTalkerFailedAttribute& declared) {
+  ++sockets_->portCounters()[port].talkerFailedDeclared[declared.failureInformation().failureCode()];
   timeline_.talkerFailed(placeOf(port), declared);
 }
 
@@ -182,15 +185,57 @@ nlohmann::ordered_json Agent::registrationsMessage() const {
   return entries;
 }
 
-nlohmann::ordered_json Agent::countersMessage() const {
-  nlohmann::ordered_json values = nlohmann::ordered_json::object();
+const Mrp::MrpCounters* Agent::engineCounters() const {
   const Mrp::MrpSm* engine = bridge_.engine(options_.application);
-  if (!engine->active()) return values;
-  const Mrp::MrpCounters& counters = *engine->mrpCounters();
-#define MRP_AGENT_COUNTER(counter) values[#counter] = counters.counter();
-  MRP_COUNTERS(MRP_AGENT_COUNTER)
+  return engine && engine->active() ? engine->mrpCounters().ptr() : nullptr;
+}
+
+nlohmann::ordered_json Agent::countersMessage() const {
+  nlohmann::ordered_json engine = nlohmann::ordered_json::object();
+  if (const Mrp::MrpCounters* counters = engineCounters()) {
+#define MRP_AGENT_COUNTER(counter) engine[#counter] = counters->counter();
+    MRP_COUNTERS(MRP_AGENT_COUNTER)
 #undef MRP_AGENT_COUNTER
-  return values;
+  }
+  const auto registrations = registrationCounts();
+  const auto reservations = reservationCounts();
+  nlohmann::ordered_json ports = nlohmann::ordered_json::array();
+  for (const std::string& port : options_.ports) {
+    nlohmann::ordered_json entry = {{"port", port}};
+    const auto counted = sockets_->portCounters().find(port);
+    entry.update(counted != sockets_->portCounters().end() ? counted->second.json() : PortCounters{}.json());
+    const auto registered = registrations.find(port);
+    entry["registrations"] = registered != registrations.end() ? nlohmann::ordered_json(registered->second)
+                                                               : nlohmann::ordered_json::object();
+    const auto reserved = reservations.find(port);
+    entry["reservations"] = reserved != reservations.end() ? reserved->second : nlohmann::ordered_json::array();
+    ports.push_back(std::move(entry));
+  }
+  return {{"engine", std::move(engine)}, {"ports", std::move(ports)}};
+}
+
+std::map<std::string, std::map<std::string, unsigned>> Agent::registrationCounts() const {
+  std::map<std::string, std::map<std::string, unsigned>> counts;
+  for (const MrpAgent::Registration& held : bridge_.registrations()) {
+    if (held.registrar == Mrp::MrpRegistrarState::mt) continue;
+    ++counts[held.port][attributeTypeText(held.application, held.value.attributeType())];
+  }
+  return counts;
+}
+
+std::map<std::string, nlohmann::ordered_json> Agent::reservationCounts() const {
+  std::map<std::string, nlohmann::ordered_json> counts;
+  if (options_.application != Mrp::MrpApplication::msrp) return counts;
+  const MrpAgent::StreamTable table = bridge_.streamTable();
+  for (const MrpAgent::StreamTable::ClassRow& row : table.classes) {
+    const auto streams = std::count_if(table.streams.begin(), table.streams.end(), [&row](const auto& stream) {
+      return std::any_of(stream.ports.begin(), stream.ports.end(), [&row](const auto& at) {
+        return at.port == row.port && at.reserved && at.srClass == row.srClass;
+      });
+    });
+    counts[row.port].push_back({{"class", std::string(1, row.srClass.name)}, {"streams", streams}, {"bandwidth", row.reserved}});
+  }
+  return counts;
 }
 
 nlohmann::ordered_json Agent::portsMessage() const {

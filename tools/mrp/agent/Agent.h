@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Bridge.h"
+#include "agent/CountingPamFactory.h"
 #include "agent/Declaration.h"
 #include "agent/PortWatcher.h"
 #include "quarn/ClockScope.h"
@@ -54,7 +55,9 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   // What the engine holds: [{"port", "attribute", "registrar", "applicant"}]
   // with the attribute as attributeMessage() writes it and the states as codes.
   nlohmann::ordered_json registrationsMessage() const;
-  // The engine's counters by name; empty while it is not active.
+  // {"engine": {<the engine's counters by name>}, "ports": [{"port", <PortCounters'
+  // json()>, "registrations": {<attribute type>: count}, "reservations":
+  // [{"class", "streams", "bandwidth"}]}]}; "engine" empty while it is not active.
   nlohmann::ordered_json countersMessage() const;
   // Each port: [{"port", "state", "socket", "speed", "speedFrom"}], socket
   // "open", "closed" or why not; the speed in bit/s from "configuration",
@@ -111,6 +114,11 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   void doFlush();
   TimelinePlace placeOf(const std::string& port) const;
   std::string socketState(const std::string& port) const;
+  const Mrp::MrpCounters* engineCounters() const;
+  // What the engine holds registered on each port, counted by attribute type.
+  std::map<std::string, std::map<std::string, unsigned>> registrationCounts() const;
+  // Each port's reservations: [{"class", "streams", "bandwidth"}].
+  std::map<std::string, nlohmann::ordered_json> reservationCounts() const;
 
   Options options_;
   Quarn::Ptr<Quarn::EventLoop> loop_;
@@ -123,6 +131,8 @@ class Agent : public MrpAgent::Bridge::Observer, public PortWatcher::Observer {
   mutable std::optional<TimelinePlace> stamp_;
   mutable StampEnd stampEnd_;
   PortSpeeds speeds_;
+  // The ports' sockets, counted per port.
+  Quarn::Ptr<CountingPamFactory> sockets_;
   MrpAgent::Bridge bridge_;
   std::vector<Declaration> declared_;
   PortWatcher ports_;

@@ -76,6 +76,8 @@ AgentCommand::AgentCommand(CLI::App& program)
       ->type_name("PATH")
       ->capture_default_str();
   command_->add_flag("--json", json_, "Log as JSON lines");
+  command_->add_option("--metrics", metricsAddress_, "Serve Prometheus metrics on http://ADDR:PORT/metrics (off by default)")
+      ->type_name("ADDR:PORT");
   command_->footer(
       "On SIGINT or SIGTERM the agent withdraws what it declares, sends the Lv messages and exits 0.\n"
       "The README describes the configuration file and `mrp ctl`.");
@@ -94,6 +96,7 @@ int AgentCommand::run(std::ostream& out, std::ostream& err) const {
     }
   }
   options.controlPath = controlPath_;
+  options.metricsAddress = metricsAddress_;
   if (configFile_) {
     std::ifstream in(*configFile_, std::ios::binary);
     if (!in) return fail(err, "cannot open '" + *configFile_ + "'", kBadInput);
@@ -125,7 +128,7 @@ int AgentCommand::run(std::ostream& out, std::ostream& err) const {
   try {
     AgentSupervisor supervisor(options, *timeline, err);
     supervisor.run();
-  } catch (const std::system_error& error) {
+  } catch (const std::runtime_error& error) {
     return fail(err, error.what(), kFailed);
   }
   return 0;

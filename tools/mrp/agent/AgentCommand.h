@@ -33,6 +33,7 @@ class AgentCommand {
   std::optional<std::string> configFile_;
   std::string controlPath_ = kDefaultControlPath;
   bool json_ = false;
+  std::optional<std::string> metricsAddress_;
 };
 
 }  // namespace MrpCli

@@ -66,6 +66,9 @@ AgentSupervisor::AgentSupervisor(Options options, Timeline& timeline, std::ostre
     workers_.emplace_back(application, nullptr);
     workers_.back().second = std::make_unique<WorkerProcess>(loop_, applicationName(application), start, this, log_);
   }
+  if (options_.metricsAddress) {
+    metrics_ = std::make_unique<MetricsServer>(loop_, *options_.metricsAddress, [this] { return doCounters().result; });
+  }
 }
 
 AgentSupervisor::~AgentSupervisor() = default;
@@ -228,7 +231,11 @@ ControlAnswer AgentSupervisor::doWithdraw(const ControlRequest& request) {
 
 ControlAnswer AgentSupervisor::doShow() { return mergedShow(answersTo({{"ask", "show"}}), options_.ports); }
 
-ControlAnswer AgentSupervisor::doCounters() { return mergedCounters(answersTo({{"ask", "counters"}})); }
+ControlAnswer AgentSupervisor::doCounters() {
+  WorkerRestarts restarts;
+  for (const auto& [application, worker] : workers_) restarts.emplace_back(application, worker->restarts());
+  return mergedCounters(answersTo({{"ask", "counters"}}), options_.ports, restarts);
+}
 
 ControlAnswer AgentSupervisor::doPorts() { return mergedPorts(answersTo({{"ask", "ports"}}), options_.ports); }
 

@@ -11,6 +11,7 @@
 
 #include "AttributeValue.h"
 #include "agent/Declaration.h"
+#include "agent/MetricsServer.h"
 #include "agent/SignalWatcher.h"
 #include "agent/WorkerProcess.h"
 #include "control/ControlAnswer.h"
@@ -46,10 +47,13 @@ class AgentSupervisor : public WorkerProcess::Observer {
     // The configuration file's text, checked already.
     std::string configText = "{}";
     std::string controlPath;
+    // ADDR:PORT of the Prometheus exposition, or none
+    std::optional<std::string> metricsAddress;
   };
 
   // Throws std::system_error when the control socket, the signals or a
-  // worker cannot be set up.
+  // worker cannot be set up, std::runtime_error when the metrics cannot be
+  // served where asked.
   AgentSupervisor(Options options, Timeline& timeline, std::ostream& log);
   ~AgentSupervisor() override;
   AgentSupervisor(const AgentSupervisor&) = delete;
@@ -103,6 +107,8 @@ class AgentSupervisor : public WorkerProcess::Observer {
   ControlServer control_;
   SignalWatcher signals_;
   std::vector<std::pair<Mrp::MrpApplication, std::unique_ptr<WorkerProcess>>> workers_;
+  // Last: it stops answering scrapes before the rest goes.
+  std::unique_ptr<MetricsServer> metrics_;
 };
 
 }  // namespace MrpCli

@@ -88,7 +88,10 @@ void WorkerProcess::doStart() {
     return;
   }
   pid_ = pid;
-  if (startedAt_ != 0) log_ << "mrp agent: " << name_ << " worker started again (pid " << pid_ << ")" << std::endl;
+  if (startedAt_ != 0) {
+    ++restarts_;
+    log_ << "mrp agent: " << name_ << " worker started again (pid " << pid_ << ")" << std::endl;
+  }
   startedAt_ = loop_->clock().now();
   channel_ = std::make_unique<WorkerChannel>(
       loop_, fds[0], [this](const Json& message) { handleMessage(message); }, [] {});

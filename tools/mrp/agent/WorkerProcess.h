@@ -49,6 +49,8 @@ class WorkerProcess {
 
   const std::string& name() const { return name_; }
   bool running() const { return pid_ > 0; }
+  // How often the worker was started again after it died.
+  unsigned restarts() const { return restarts_; }
 
   // Sends a message; false while the worker is not running.
   bool send(const Json& message);
@@ -86,6 +88,7 @@ class WorkerProcess {
   std::ostream& log_;
   pid_t pid_ = -1;
   Quarn::Seconds startedAt_ = 0;
+  unsigned restarts_ = 0;
   RestartBackoff backoff_;
   bool stopping_ = false;
   std::unique_ptr<WorkerChannel> channel_;

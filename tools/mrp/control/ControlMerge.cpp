@@ -6,6 +6,7 @@
 #include "agent/Agent.h"
 #include "common/Applications.h"
 #include "control/AttributeMessage.h"
+#include "control/PortCounterNames.h"
 #include "report/BitRateText.h"
 #include "report/RegistrationText.h"
 #include "report/StreamTableText.h"
@@ -50,14 +51,146 @@ ControlAnswer mergedShow(const WorkerAnswers& answers, const std::vector<std::st
   return answer;
 }
 
-ControlAnswer mergedCounters(const WorkerAnswers& answers) {
-  ControlAnswer answer;
-  std::vector<std::vector<std::string>> rows{{"app", "counter", "value"}};
-  for (const auto& [application, counters] : answers) {
-    if (!counters.is_object() || counters.empty()) continue;
-    for (const auto& [name, value] : counters.items()) rows.push_back({applicationName(application), name, value.dump()});
-    answer.result[applicationName(application)] = counters;
+namespace {
+
+const Json* memberOf(const Json* entry, const std::string& key) {
+  return entry && entry->is_object() && entry->contains(key) ? &(*entry)[key] : nullptr;
+}
+
+// A list member of `entry`; empty when it has none.
+const Json& listIn(const Json* entry, const std::string& key) {
+  static const Json kNone;
+  const Json* list = memberOf(entry, key);
+  return listOr(list ? *list : kNone);
+}
+
+// A worker's counters of a port; null when it did not tell them.
+const Json* portCountersOf(const Json& answer, const std::string& port) {
+  for (const Json& entry : listIn(&answer, "ports")) {
+    if (entry.value("port", "") == port) return &entry;
   }
+  return nullptr;
+}
+
+std::string countText(const Json* value) { return value && value->is_number() ? value->dump() : "-"; }
+
+// The rows of one port's counters, one column per application.
+class PortRows {
+ public:
+  PortRows(std::string port, std::vector<const Json*> columns, std::vector<std::vector<std::string>>& rows)
+      : port_(std::move(port)), columns_(std::move(columns)), rows_(rows) {}
+
+  void addFixed() {
+    for (const PortCounterName& name : kPortCounterNames) {
+      addRow(name.text, [&](const Json* entry) {
+        const Json* value = memberOf(entry, name.key);
+        return countText(name.subkey ? memberOf(value, name.subkey) : value);
+      });
+    }
+  }
+
+  // A row per key that any application has under `key` ("registrations": {"VLAN": 3}).
+  void addKeyed(const std::string& key, const std::string& prefix, const std::string& suffix) {
+    for (const std::string& member : keysUnder(key)) {
+      addRow(prefix + member + suffix, [&](const Json* entry) { return countText(memberOf(memberOf(entry, key), member)); });
+    }
+  }
+
+  void addReservations() {
+    std::vector<std::string> classes;
+    for (const Json* entry : columns_) {
+      for (const Json& row : listIn(entry, "reservations")) {
+        const std::string srClass = row.value("class", "");
+        if (std::find(classes.begin(), classes.end(), srClass) == classes.end()) classes.push_back(srClass);
+      }
+    }
+    for (const std::string& srClass : classes) {
+      addRow("streams reserved, class " + srClass, [&](const Json* entry) { return countText(reservationOf(entry, srClass, "streams")); });
+      addRow("reserved, class " + srClass, [&](const Json* entry) {
+        const Json* bandwidth = reservationOf(entry, srClass, "bandwidth");
+        return bandwidth && bandwidth->is_number_integer() && *bandwidth >= 0 ? bitRateText(bandwidth->get<std::uint64_t>()) : "-";
+      });
+    }
+  }
+
+ private:
+  template <class Cell>
+  void addRow(const std::string& text, Cell cell) {
+    std::vector<std::string> row{rows_.size() == firstRow_ ? port_ : "", text};
+    for (const Json* entry : columns_) row.push_back(cell(entry));
+    rows_.push_back(std::move(row));
+  }
+
+  std::vector<std::string> keysUnder(const std::string& key) const {
+    std::vector<std::string> keys;
+    for (const Json* entry : columns_) {
+      const Json* members = memberOf(entry, key);
+      if (!members || !members->is_object()) continue;
+      for (const auto& [member, value] : members->items()) {
+        if (std::find(keys.begin(), keys.end(), member) == keys.end()) keys.push_back(member);
+      }
+    }
+    return keys;
+  }
+
+  static const Json* reservationOf(const Json* entry, const std::string& srClass, const std::string& field) {
+    for (const Json& row : listIn(entry, "reservations")) {
+      if (row.value("class", "") == srClass) return memberOf(&row, field);
+    }
+    return nullptr;
+  }
+
+  std::string port_;
+  std::vector<const Json*> columns_;
+  std::vector<std::vector<std::string>>& rows_;
+  std::size_t firstRow_ = rows_.size();
+};
+
+}  // namespace
+
+ControlAnswer mergedCounters(const WorkerAnswers& answers, const std::vector<std::string>& ports,
+                             const WorkerRestarts& restarts) {
+  std::vector<std::string> heading{"port", "counter"};
+  for (const auto& [application, restarted] : restarts) heading.push_back(applicationName(application));
+  std::vector<std::vector<std::string>> rows{heading};
+  Json merged = {{"ports", Json::array()}, {"applications", Json::array()}};
+  const auto answerOf = [&answers](Mrp::MrpApplication application) -> const Json* {
+    for (const auto& [app, answer] : answers) {
+      if (app == application) return &answer;
+    }
+    return nullptr;
+  };
+  for (const std::string& port : ports) {
+    std::vector<const Json*> columns;
+    for (const auto& [application, restarted] : restarts) {
+      const Json* answer = answerOf(application);
+      const Json* entry = answer ? portCountersOf(*answer, port) : nullptr;
+      columns.push_back(entry);
+      if (!entry) continue;
+      Json counted = {{"port", port}, {"app", applicationName(application)}};
+      for (const auto& [key, value] : entry->items()) {
+        if (key != "port") counted[key] = value;
+      }
+      merged["ports"].push_back(std::move(counted));
+    }
+    PortRows portRows(port, std::move(columns), rows);
+    portRows.addFixed();
+    portRows.addKeyed("registrations", "registered: ", "");
+    portRows.addKeyed("talkerFailedDeclared", "Talker Failed declared, code ", "");
+    portRows.addReservations();
+  }
+  std::vector<std::string> restartRow{"", "worker restarts"};
+  for (const auto& [application, restarted] : restarts) {
+    const Json* answer = answerOf(application);
+    merged["applications"].push_back({{"app", applicationName(application)},
+                                      {"workerRestarts", restarted},
+                                      {"engine", answer && answer->is_object() ? answer->value("engine", Json::object())
+                                                                               : Json::object()}});
+    restartRow.push_back(std::to_string(restarted));
+  }
+  rows.push_back(std::move(restartRow));
+  ControlAnswer answer;
+  answer.result = std::move(merged);
   answer.text = textTable(rows);
   return answer;
 }

@@ -111,9 +111,9 @@ Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std:
   return description;
 }
 
-Json Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+std::optional<Decoder::MrpduPlace> Decoder::mrpduPlaceOf(std::span<const std::uint8_t> ethernetFrame) {
   const auto header = Velo::EthHdr::fromBytes(ethernetFrame.data(), ethernetFrame.size());
-  if (!header) return skipped(frame, "shorter than an Ethernet header");
+  if (!header) return std::nullopt;
   std::size_t offset = Velo::EthHdr::kSize;
   std::uint16_t etype = header->etherType();
   if (etype == Velo::EthHdr::kVlanEtherType && ethernetFrame.size() >= offset + 4) {
@@ -122,11 +122,28 @@ Json Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ether
   }
   for (MrpApplication application : {MrpApplication::msrp, MrpApplication::mvrp}) {
     const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
-    if (header->dst() == framing.macAddr && etype == framing.etype) {
-      return decodeMrpdu(frame, application, {ethernetFrame.begin() + static_cast<long>(offset), ethernetFrame.end()});
-    }
+    if (header->dst() == framing.macAddr && etype == framing.etype) return MrpduPlace{application, offset};
   }
-  return skipped(frame, "not an MSRP or MVRP frame");
+  return std::nullopt;
+}
+
+Json Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+  if (ethernetFrame.size() < Velo::EthHdr::kSize) return skipped(frame, "shorter than an Ethernet header");
+  const auto place = mrpduPlaceOf(ethernetFrame);
+  if (!place) return skipped(frame, "not an MSRP or MVRP frame");
+  return decodeMrpdu(frame, place->application,
+                     {ethernetFrame.begin() + static_cast<long>(place->offset), ethernetFrame.end()});
+}
+
+std::size_t Decoder::leaveAllsIn(std::span<const std::uint8_t> ethernetFrame) {
+  const auto place = mrpduPlaceOf(ethernetFrame);
+  if (!place) return 0;
+  Mrp::MrpSm& e = engine(place->application);
+  const std::span<const std::uint8_t> mrpdu = ethernetFrame.subspan(place->offset);
+  e.parseMrpdu(Velo::Pkt::pktNew(mrpdu.data(), mrpdu.size()));
+  const std::size_t leaveAlls = leaveAllOf(e).size();
+  clearFrameState(e);
+  return leaveAlls;
 }
 
 }  // namespace MrpCli

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -31,8 +33,19 @@ class Decoder {
   // One Ethernet frame: the application is chosen by destination address and
   // EtherType (behind at most one VLAN tag); other frames are skipped.
   nlohmann::ordered_json decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+  // The attribute types an Ethernet frame declares a LeaveAll for, counted;
+  // 0 for a frame that is no MSRP or MVRP frame. Parses only.
+  std::size_t leaveAllsIn(std::span<const std::uint8_t> ethernetFrame);
 
  private:
+  // An Ethernet frame's application and where its MRPDU starts; none for
+  // a frame that is no MSRP or MVRP frame.
+  struct MrpduPlace {
+    Mrp::MrpApplication application;
+    std::size_t offset;
+  };
+  static std::optional<MrpduPlace> mrpduPlaceOf(std::span<const std::uint8_t> ethernetFrame);
+
   Mrp::MrpSm& engine(Mrp::MrpApplication application);
   void clearFrameState(Mrp::MrpSm& engine);
 
