@@ -8,7 +8,9 @@
 # Set by tests/docs/CMakeLists.txt: MRP_PROGRAM (the built mrp) and
 # MRP_COMPLETION (the script).
 set -uo pipefail
+# shellcheck source=tests/docs/help_options.sh
 source "$(dirname "$0")/help_options.sh"
+# shellcheck source=dist/bash-completion/mrp
 source "$MRP_COMPLETION"
 
 failures=0
@@ -57,8 +59,9 @@ cd "$files" || exit 1
 mkdir captures
 touch scenario.json capture.pcap
 
-# The first interface the kernel lists; there is always one (lo at least).
-interface=$(ls /sys/class/net | head -n 1)
+# An interface the kernel lists; there is always one (lo at least).
+interfaces=(/sys/class/net/*)
+interface=${interfaces[0]##*/}
 
 expect "decode sim replay agent ctl"                 mrp ''
 expect "decode"                                      mrp de
@@ -102,10 +105,9 @@ expect_among "--ports"                               mrp agent --json -
 
 # Every option of every command's --help is offered after "-".
 for command in "${MRP_COMMANDS[@]}"; do
-  options=$("$MRP_PROGRAM" $command --help | help_options)
+  options=$("$MRP_PROGRAM" ${command:+"$command"} --help | help_options)
   [ -n "$options" ] || fail "mrp $command --help lists no options"
-  # shellcheck disable=SC2086 # no command is no word
-  offers=" $(offered mrp $command -) "
+  offers=" $(offered mrp ${command:+"$command"} -) "
   for option in $options; do
     [[ $offers == *" $option "* ]] || fail "'mrp${command:+ $command} -' does not offer $option of its --help"
   done

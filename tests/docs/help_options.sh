@@ -10,4 +10,5 @@ help_options() {
 }
 
 # The commands whose options are documented and completed; "" is mrp itself.
+# shellcheck disable=SC2034 # used by the tests that source this
 MRP_COMMANDS=("" decode sim replay agent ctl)

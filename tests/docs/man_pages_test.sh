@@ -7,6 +7,7 @@
 # Set by tests/docs/CMakeLists.txt: MRP_PROGRAM (the built mrp),
 # MRP_MAN_SOURCE_DIR (doc/man) and MRP_MAN_BUILD_DIR (the troff pages).
 set -euo pipefail
+# shellcheck source=tests/docs/help_options.sh
 source "$(dirname "$0")/help_options.sh"
 
 failures=0
@@ -56,7 +57,7 @@ for command in "${MRP_COMMANDS[@]}"; do
   page=mrp${command:+-$command}.8
   label="mrp${command:+ $command}"
   [ -e "$MRP_MAN_BUILD_DIR/$page" ] || { fail "$label: no page $page"; continue; }
-  options=$("$MRP_PROGRAM" $command --help | help_options)
+  options=$("$MRP_PROGRAM" ${command:+"$command"} --help | help_options)
   [ -n "$options" ] || fail "$label --help lists no options"
   text=$(page_text "$MRP_MAN_BUILD_DIR/$page")
   for option in $options; do
