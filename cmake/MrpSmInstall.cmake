@@ -1,7 +1,8 @@
 # What `cmake --install` puts under the prefix: the shared library with its
-# public headers, the mrp program, a CMake package (find_package(MrpSm),
-# target MrpSm::MrpSm) and a pkg-config file (mrpsm). The reference agent's
-# bridge and everything test-only stay in the build tree.
+# public headers, the mrp program with its man pages and bash completion, a
+# CMake package (find_package(MrpSm), target MrpSm::MrpSm) and a pkg-config
+# file (mrpsm). The reference agent's bridge and everything test-only stay in
+# the build tree.
 
 include(CMakePackageConfigHelpers)
 
@@ -84,6 +85,14 @@ install(TARGETS MrpSm EXPORT MrpSmTargets
 file(RELATIVE_PATH MRP_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(mrp PROPERTIES INSTALL_RPATH "$ORIGIN/${MRP_BIN_TO_LIB}")
 install(TARGETS mrp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# Each man page (doc/CMakeLists.txt) goes to the directory of its section.
+foreach(page IN LISTS MRP_MAN_PAGES)
+  string(REGEX REPLACE ".*\\.([1-9])$" "\\1" section ${page})
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+endforeach()
+# Where bash-completion loads a command's completion from on first use.
+install(FILES dist/bash-completion/mrp DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
 # The CMake package: its files locate the prefix from where they are installed.
 set(MRP_CMAKE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/MrpSm)

@@ -7,7 +7,8 @@
 #
 # Set by tests/packaging/CMakeLists.txt: MRP_BUILD_DIR, MRP_CONSUMER_DIR,
 # MRP_VERSION, the install directories relative to the prefix (MRP_LIBDIR,
-# MRP_BINDIR, MRP_HEADER_DIR), the tools (MRP_CMAKE, MRP_CXX, MRP_PKG_CONFIG)
+# MRP_BINDIR, MRP_HEADER_DIR, MRP_MANDIR, MRP_DATADIR), the man pages' sources
+# (MRP_MAN_SOURCE_DIR), the tools (MRP_CMAKE, MRP_CXX, MRP_PKG_CONFIG)
 # and the consumer's flags (MRP_CONSUMER_CXXFLAGS, MRP_CONSUMER_LDFLAGS).
 set -euo pipefail
 
@@ -39,10 +40,13 @@ libdir="$prefix/$MRP_LIBDIR"
 headers="$prefix/$MRP_HEADER_DIR"
 
 echo "== what was installed"
-# The library with its soname and links, its headers, the mrp program and
-# the two package descriptions; nothing of the agent's bridge or the tests.
+# The library with its soname and links, its headers, the mrp program with
+# its man pages and bash completion, and the two package descriptions;
+# nothing of the agent's bridge or the tests.
 unexpected=$(cd "$prefix" && find . \( -type f -o -type l \) | sed 's|^\./||' | grep -v -x \
   -e "$MRP_BINDIR/mrp" \
+  -e "$MRP_MANDIR/man[58]/mrp[a-z.-]*\.[58]" \
+  -e "$MRP_DATADIR/bash-completion/completions/mrp" \
   -e "$MRP_LIBDIR/libMrpSm\.so" -e "$MRP_LIBDIR/libMrpSm\.so\.0" -e "$MRP_LIBDIR/libMrpSm\.so\.$MRP_VERSION" \
   -e "$MRP_LIBDIR/cmake/MrpSm/MrpSm[A-Za-z-]*\.cmake" \
   -e "$MRP_LIBDIR/pkgconfig/mrpsm\.pc" \
@@ -74,6 +78,20 @@ done < <(find "$headers" -name '*.h')
 echo "== the installed mrp finds the library beside it"
 version=$("$prefix/$MRP_BINDIR/mrp" --version)
 [ "$version" = "mrp $MRP_VERSION" ] || fail "mrp --version printed '$version'"
+
+echo "== man pages and bash completion"
+# Each page in its section's directory, where man finds it by name.
+for source in "$MRP_MAN_SOURCE_DIR"/*.scd; do
+  page=$(basename "$source" .scd)
+  section=${page##*.}
+  [ -s "$prefix/$MRP_MANDIR/man$section/$page" ] || fail "man page $page is not installed in man$section"
+  found=$(MANPATH="$prefix/$MRP_MANDIR" man -w "$section" "${page%.*}" 2>/dev/null) || true
+  [ "$found" = "$prefix/$MRP_MANDIR/man$section/$page" ] || fail "man does not find $page in the prefix (found '$found')"
+done
+# Where bash-completion looks for a command's completion by the command's name.
+completion="$prefix/$MRP_DATADIR/bash-completion/completions/mrp"
+[ -f "$completion" ] || fail "the bash completion of mrp is not installed"
+bash -c 'source "$1" && complete -p mrp' _ "$completion" >/dev/null || fail "the installed completion does not complete mrp"
 
 read -ra cxxflags <<< "$MRP_CONSUMER_CXXFLAGS"
 read -ra ldflags <<< "$MRP_CONSUMER_LDFLAGS"
