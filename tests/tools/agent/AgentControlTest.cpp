@@ -253,5 +253,14 @@ TEST(AgentStartTest, MrpCtlWithoutAnAgentSaysWhereItLooked) {
   EXPECT_EQ(run.err, "mrp ctl: cannot reach the agent at " + dir.file("none.sock") + ": No such file or directory\n");
 }
 
+TEST(AgentStartTest, MrpCtlAtAFileThatIsNoSocketSaysSo) {
+  TempDir dir;
+  std::ofstream(dir.file("agent.json")) << "{}";
+  const MrpRun run = mrp({"ctl", "--control", dir.file("agent.json"), "show"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "mrp ctl: cannot reach the agent at " + dir.file("agent.json") +
+                         ": not a socket (the agent listens where its --control says)\n");
+}
+
 }  // namespace
 }  // namespace MrpTest

@@ -164,12 +164,25 @@ TEST(SimScenarioErrorTest, MsrpValuesAreCheckedFieldByField) {
                          "hex, e.g. 00:1b:21:00:00:01:00:01)\n");
 }
 
-TEST(SimScenarioErrorTest, AMissingFileIsNamed) {
-  const MrpRun run = mrp({"sim", "/nonexistent/scenario.json"});
+struct UnreadableScenario {
+  std::string path;
+  std::string error;
+};
+
+class SimUnreadableScenarioTest : public ::testing::TestWithParam<UnreadableScenario> {};
+
+TEST_P(SimUnreadableScenarioTest, TheFileIsNamedWithWhyItCannotBeRead) {
+  const MrpRun run = mrp({"sim", GetParam().path});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, "mrp sim: cannot open '/nonexistent/scenario.json'\n");
+  EXPECT_EQ(run.err, "mrp sim: " + GetParam().error + "\n");
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, SimUnreadableScenarioTest,
+    ::testing::Values(UnreadableScenario{"/nonexistent/scenario.json",
+                                         "cannot open '/nonexistent/scenario.json': No such file or directory"},
+                      UnreadableScenario{"/", "'/' is a directory"}));
 
 }  // namespace
 }  // namespace MrpTest

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -25,7 +26,7 @@ class Connection {
     std::memcpy(address.sun_path, path.data(), path.size());
     fd_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd_ < 0) fail(std::strerror(errno));
-    if (connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0) fail(std::strerror(errno));
+    if (connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0) failToConnect(errno);
   }
   ~Connection() {
     if (fd_ >= 0) close(fd_);
@@ -60,6 +61,15 @@ class Connection {
   }
 
  private:
+  // A path that is there but no socket is not where the agent listens.
+  [[noreturn]] void failToConnect(int error) const {
+    struct stat status {};
+    if (error == ECONNREFUSED && stat(path_.c_str(), &status) == 0 && !S_ISSOCK(status.st_mode)) {
+      fail("not a socket (the agent listens where its --control says)");
+    }
+    fail(std::strerror(error));
+  }
+
   [[noreturn]] void fail(const std::string& why) const {
     throw ControlClientError("cannot reach the agent at " + path_ + ": " + why);
   }

@@ -3,11 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <ostream>
-#include <sstream>
 
+#include "common/TextFile.h"
 #include "format/ScenarioReader.h"
 #include "quarn/System.h"
 #include "report/JsonTimeline.h"
@@ -88,11 +87,10 @@ bool SimCommand::chosen() const { return command_->parsed(); }
 int SimCommand::run(std::ostream& out, std::ostream& err) const {
   std::string text = defaultScenarioJson();
   if (file_) {
-    std::ifstream in(*file_, std::ios::binary);
-    if (!in) return fail(err, "cannot open '" + *file_ + "'");
-    std::ostringstream content;
-    content << in.rdbuf();
-    text = content.str();
+    std::string error;
+    const std::optional<std::string> content = textFileRead(*file_, error);
+    if (!content) return fail(err, error);
+    text = *content;
   }
   Scenario scenario;
   try {
