@@ -86,6 +86,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommandLine{{"decode", "--hex"}, "mrp decode: --hex: 1 required HEX missing (try 'mrp decode --help')"},
         BadCommandLine{{"sim", "--until", "-1"},
                        "mrp sim: --until: '-1' is not a number of seconds (0 or more) (try 'mrp sim --help')"},
+        BadCommandLine{{"sim", "--until", "1e12"},
+                       "mrp sim: --until: '1e12' is longer than a week of simulated time (604800 s at most) (try 'mrp "
+                       "sim --help')"},
         BadCommandLine{{"sim", "--rss-every", "0"},
                        "mrp sim: --rss-every: '0' is not a number of seconds (more than 0) (try 'mrp sim --help')"},
         BadCommandLine{{"replay"}, "mrp replay: CAPTURE is required (try 'mrp replay --help')"},

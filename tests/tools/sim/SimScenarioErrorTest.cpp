@@ -48,6 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadScenario{"NotJson", "{\"bridges\": ",
                     "not JSON: parse error at line 1, column 13: syntax error while parsing value - unexpected "
                     "end of input; expected '[', '{', or a literal"},
+        BadScenario{"RunLongerThanAWeek", R"({"bridges": {"sw1": {"ports": ["p1"]}}, "until": 1e12})",
+                    "until: 1000000000000.0 is longer than a week of simulated time (604800 s at most)"},
         BadScenario{"UnknownTopLevelField", R"({"bridges": {"sw1": {"ports": ["p1"]}}, "untill": 5})",
                     "untill: unknown field"},
         BadScenario{"UnknownApplication", R"({"applications": ["gvrp"], "bridges": {"sw1": {"ports": ["p1"]}}})",

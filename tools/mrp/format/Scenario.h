@@ -80,6 +80,8 @@ struct Scenario {
   std::vector<Bridge> bridges;
   std::vector<Link> links;
   Quarn::Seconds until = 60;
+  // The longest run a scenario or --until may ask for: a week of simulated time.
+  static constexpr Quarn::Seconds kLongestRun = 7 * 24 * 3600;
   // In time order; events at the same time in the order of the file.
   std::vector<Event> events;
 };

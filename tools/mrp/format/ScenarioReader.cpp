@@ -34,7 +34,13 @@ class Reader {
     if (root.has("config")) readConfig(root["config"]);
     readBridges(root["bridges"]);
     if (root.has("links")) readLinks(root["links"]);
-    if (root.has("until")) scenario_.until = root["until"].seconds();
+    if (root.has("until")) {
+      scenario_.until = root["until"].seconds();
+      if (scenario_.until > Scenario::kLongestRun) {
+        root["until"].fail(root.json()["until"].dump() + " is longer than a week of simulated time (" +
+                           std::to_string(static_cast<long>(Scenario::kLongestRun)) + " s at most)");
+      }
+    }
     if (root.has("events")) readEvents(root["events"]);
     return std::move(scenario_);
   }

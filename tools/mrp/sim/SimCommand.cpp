@@ -59,8 +59,14 @@ SimCommand::SimCommand(CLI::App& program)
       ->check(CLI::Validator(
           [](std::string& value) -> std::string {
             double seconds = -1;
-            if (CLI::detail::lexical_cast(value, seconds) && seconds >= 0) return "";
-            return "'" + value + "' is not a number of seconds (0 or more)";
+            if (!CLI::detail::lexical_cast(value, seconds) || !(seconds >= 0)) {
+              return "'" + value + "' is not a number of seconds (0 or more)";
+            }
+            if (seconds > Scenario::kLongestRun) {
+              return "'" + value + "' is longer than a week of simulated time (" +
+                     std::to_string(static_cast<long>(Scenario::kLongestRun)) + " s at most)";
+            }
+            return "";
           },
           ""));
   command_->add_option("--pcap", pcapDir_, "Write each link's frames, both ways, to DIR/<a>-<port>_<b>-<port>.pcap")
