@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <arpa/inet.h>
 #include <linux/if_ether.h>
-#include <net/if.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -20,6 +19,8 @@
 #include "agent/Agent.h"
 #include "agent/AgentSupervisor.h"
 #include "common/Applications.h"
+#include "common/InterfaceName.h"
+#include "common/ListenAddress.h"
 #include "format/AgentConfigReader.h"
 #include "report/JsonTimeline.h"
 #include "report/TextTimeline.h"
@@ -34,15 +35,6 @@ constexpr int kFailed = 1;
 int fail(std::ostream& err, const std::string& message, int status) {
   err << "mrp agent: " << message << '\n';
   return status;
-}
-
-CLI::Validator interfaceName() {
-  return CLI::Validator(
-      [](std::string& value) -> std::string {
-        if (!value.empty() && value.size() < IFNAMSIZ && value.find_first_of("/ \t:") == std::string::npos) return "";
-        return "'" + value + "' is not an interface name";
-      },
-      "");
 }
 
 // Why packet sockets cannot be had, when it is for lack of privilege: the
@@ -61,8 +53,9 @@ std::optional<std::string> packetSocketRefusal() {
 
 AgentCommand::AgentCommand(CLI::App& program)
     : command_(program.add_subcommand("agent", "Run a bridge on Linux interfaces until SIGINT or SIGTERM")) {
-  command_->add_option("--ports", ports_, "The interfaces, comma-separated (they may come and go while it runs)")
-      ->required()
+  command_->add_option("--ports", ports_,
+                       "The interfaces, comma-separated (they may come and go while it runs); "
+                       "default: those the configuration file names")
       ->delimiter(',')
       ->type_name("IF,...")
       ->check(interfaceName());
@@ -70,12 +63,19 @@ AgentCommand::AgentCommand(CLI::App& program)
       ->delimiter(',')
       ->type_name("APP,...")
       ->check(knownApplication());
-  command_->add_option("--config", configFile_, "A configuration file (JSON): leave times, per-port times, flooding")
+  command_->add_option("--config", configFile_,
+                       "A configuration file (JSON): ports, leave times, per-port times, flooding, and a key for "
+                       "each option")
       ->type_name("FILE");
   command_->add_option("--control", controlPath_, "The control socket that `mrp ctl` talks to")
       ->type_name("PATH")
-      ->capture_default_str();
+      ->default_str(kDefaultControlPath);
   command_->add_flag("--json", json_, "Log as JSON lines");
+  command_->add_option("--metrics", metricsAddress_,
+                       "Serve Prometheus metrics on http://ADDR:PORT/metrics (default: off)")
+      ->type_name("ADDR:PORT")
+      ->check(listenAddress());
+  command_->callback([this] { checkPorts(); });
   command_->footer(
       "On SIGINT or SIGTERM the agent withdraws what it declares, sends the Lv messages and exits 0.\n"
       "The README describes the configuration file and `mrp ctl`.");
@@ -83,41 +83,60 @@ AgentCommand::AgentCommand(CLI::App& program)
 
 bool AgentCommand::chosen() const { return command_->parsed(); }
 
-int AgentCommand::run(std::ostream& out, std::ostream& err) const {
-  AgentSupervisor::Options options;
-  options.ports = ports_;
-  for (const std::string& name : applications_) {
-    const auto application = applicationNamed(name);
-    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
-        options.applications.end()) {
-      options.applications.push_back(*application);
-    }
+void AgentCommand::checkPorts() const {
+  if (ports_.empty() && !configFile_) throw CLI::RequiredError("--ports");
+  for (auto it = ports_.begin(); it != ports_.end(); ++it) {
+    if (std::find(ports_.begin(), it, *it) != it) throw CLI::ValidationError("--ports", "'" + *it + "' is named twice");
   }
-  options.controlPath = controlPath_;
+}
+
+AgentSettings AgentCommand::commandLineOver(AgentSettings file) const {
+  if (!applications_.empty()) file.applications = applications_;
+  if (controlPath_) file.controlPath = *controlPath_;
+  file.json = file.json || json_;
+  if (metricsAddress_) file.metricsAddress = metricsAddress_;
+  return file;
+}
+
+int AgentCommand::run(std::ostream& out, std::ostream& err) const {
+  AgentSettings settings;
+  settings.ports = ports_;
+  AgentSupervisor::Options options;
   if (configFile_) {
     std::ifstream in(*configFile_, std::ios::binary);
     if (!in) return fail(err, "cannot open '" + *configFile_ + "'", kBadInput);
     std::ostringstream text;
     text << in.rdbuf();
     try {
-      agentConfigFromJson(text.str(), ports_);
+      settings = agentSettingsFromJson(text.str(), ports_);
     } catch (const JsonInputError& error) {
       return fail(err, *configFile_ + ": " + error.what(), kBadInput);
     }
     options.configText = text.str();
   }
+  settings = commandLineOver(std::move(settings));
+  options.ports = settings.ports;
+  for (const std::string& name : settings.applications) {
+    const auto application = applicationNamed(name);
+    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
+        options.applications.end()) {
+      options.applications.push_back(*application);
+    }
+  }
+  options.controlPath = settings.controlPath;
+  options.metricsAddress = settings.metricsAddress;
   if (const auto refusal = packetSocketRefusal()) {
     return fail(err,
-                ports_.front() + ": cannot open a packet socket: " + *refusal +
+                settings.ports.front() + ": cannot open a packet socket: " + *refusal +
                     " (run as root or with CAP_NET_RAW and CAP_NET_ADMIN)",
                 kFailed);
   }
 
   std::unique_ptr<Timeline> timeline;
-  if (json_) {
+  if (settings.json) {
     timeline = std::make_unique<JsonTimeline>(out);
   } else {
-    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, ports_,
+    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, settings.ports,
                                               TextTimelineOptions{.wallClock = true});
   }
   // Each line as it happens: the log is read while the agent runs.

@@ -46,6 +46,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
     // The configuration file's text, checked already.
     std::string configText = "{}";
     std::string controlPath;
+    std::optional<std::string> metricsAddress;  // ADDR:PORT of the Prometheus exposition, or none
   };
 
   // Throws std::system_error when the control socket, the signals or a
