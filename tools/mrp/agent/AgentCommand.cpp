@@ -53,25 +53,25 @@ std::optional<std::string> packetSocketRefusal() {
 
 AgentCommand::AgentCommand(CLI::App& program)
     : command_(program.add_subcommand("agent", "Run a bridge on Linux interfaces until SIGINT or SIGTERM")) {
-  command_->add_option("--ports", ports_,
+  command_->add_option("--ports", arguments_.ports,
                        "The interfaces, comma-separated (they may come and go while it runs); "
                        "default: those the configuration file names")
       ->delimiter(',')
       ->type_name("IF,...")
       ->check(interfaceName());
-  command_->add_option("--apps", applications_, "The applications it runs (default: mvrp,msrp)")
+  command_->add_option("--apps", arguments_.applications, "The applications it runs (default: mvrp,msrp)")
       ->delimiter(',')
       ->type_name("APP,...")
       ->check(knownApplication());
-  command_->add_option("--config", configFile_,
+  command_->add_option("--config", arguments_.configFile,
                        "A configuration file (JSON): ports, leave times, per-port times, flooding, and a key for "
                        "each option")
       ->type_name("FILE");
-  command_->add_option("--control", controlPath_, "The control socket that `mrp ctl` talks to")
+  command_->add_option("--control", arguments_.controlPath, "The control socket that `mrp ctl` talks to")
       ->type_name("PATH")
       ->default_str(kDefaultControlPath);
-  command_->add_flag("--json", json_, "Log as JSON lines");
-  command_->add_option("--metrics", metricsAddress_,
+  command_->add_flag("--json", arguments_.json, "Log as JSON lines");
+  command_->add_option("--metrics", arguments_.metricsAddress,
                        "Serve Prometheus metrics on http://ADDR:PORT/metrics (default: off)")
       ->type_name("ADDR:PORT")
       ->check(listenAddress());
@@ -84,37 +84,30 @@ AgentCommand::AgentCommand(CLI::App& program)
 bool AgentCommand::chosen() const { return command_->parsed(); }
 
 void AgentCommand::checkPorts() const {
-  if (ports_.empty() && !configFile_) throw CLI::RequiredError("--ports");
-  for (auto it = ports_.begin(); it != ports_.end(); ++it) {
-    if (std::find(ports_.begin(), it, *it) != it) throw CLI::ValidationError("--ports", "'" + *it + "' is named twice");
+  const std::vector<std::string>& ports = arguments_.ports;
+  if (ports.empty() && !arguments_.configFile) throw CLI::RequiredError("--ports");
+  for (auto it = ports.begin(); it != ports.end(); ++it) {
+    if (std::find(ports.begin(), it, *it) != it) throw CLI::ValidationError("--ports", "'" + *it + "' is named twice");
   }
-}
-
-AgentSettings AgentCommand::commandLineOver(AgentSettings file) const {
-  if (!applications_.empty()) file.applications = applications_;
-  if (controlPath_) file.controlPath = *controlPath_;
-  file.json = file.json || json_;
-  if (metricsAddress_) file.metricsAddress = metricsAddress_;
-  return file;
 }
 
 int AgentCommand::run(std::ostream& out, std::ostream& err) const {
   AgentSettings settings;
-  settings.ports = ports_;
+  settings.ports = arguments_.ports;
   AgentSupervisor::Options options;
-  if (configFile_) {
-    std::ifstream in(*configFile_, std::ios::binary);
-    if (!in) return fail(err, "cannot open '" + *configFile_ + "'", kBadInput);
+  if (arguments_.configFile) {
+    std::ifstream in(*arguments_.configFile, std::ios::binary);
+    if (!in) return fail(err, "cannot open '" + *arguments_.configFile + "'", kBadInput);
     std::ostringstream text;
     text << in.rdbuf();
     try {
-      settings = agentSettingsFromJson(text.str(), ports_);
+      settings = agentSettingsFromJson(text.str(), arguments_.ports);
     } catch (const JsonInputError& error) {
-      return fail(err, *configFile_ + ": " + error.what(), kBadInput);
+      return fail(err, *arguments_.configFile + ": " + error.what(), kBadInput);
     }
     options.configText = text.str();
   }
-  settings = commandLineOver(std::move(settings));
+  settings = arguments_.over(std::move(settings));
   options.ports = settings.ports;
   for (const std::string& name : settings.applications) {
     const auto application = applicationNamed(name);

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <iosfwd>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "agent/AgentSettings.h"
+#include "agent/AgentArguments.h"
 
 namespace CLI {
 class App;
@@ -34,17 +31,9 @@ class AgentCommand {
  private:
   // Throws CLI::ParseError for ports that are missing or named twice.
   void checkPorts() const;
-  // `file` with what the command line gives instead.
-  AgentSettings commandLineOver(AgentSettings file) const;
 
   CLI::App* command_;
-  // Empty or nullopt: not given on the command line.
-  std::vector<std::string> ports_;
-  std::vector<std::string> applications_;
-  std::optional<std::string> configFile_;
-  std::optional<std::string> controlPath_;
-  bool json_ = false;
-  std::optional<std::string> metricsAddress_;
+  AgentArguments arguments_;
 };
 
 }  // namespace MrpCli

@@ -20,8 +20,9 @@ bool isAddress(int family, std::string_view text) {
 }
 
 bool isLabel(std::string_view label) {
+  const auto letterDigitOrHyphen = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '-'; };
   return !label.empty() && label.size() <= kMaxLabel && label.front() != '-' && label.back() != '-' &&
-         std::all_of(label.begin(), label.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '-'; });
+         std::all_of(label.begin(), label.end(), letterDigitOrHyphen);
 }
 
 // Letters, digits and hyphens in dot-separated labels; one of only digits
