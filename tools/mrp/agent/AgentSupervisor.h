@@ -11,6 +11,7 @@
 
 #include "AttributeValue.h"
 #include "agent/Declaration.h"
+#include "agent/ServiceNotifier.h"
 #include "agent/SignalWatcher.h"
 #include "agent/WorkerProcess.h"
 #include "control/ControlAnswer.h"
@@ -30,6 +31,10 @@ namespace MrpCli {
 // port, then application); it writes what the workers tell it to its
 // timeline; it starts a worker that dies again and declares again what it
 // had been asked to declare there.
+//
+// It tells the service manager (ServiceNotifier) that the agent is ready
+// once the control socket listens and every worker has its ports open, and
+// that it is stopping on SIGINT or SIGTERM.
 //
 // SIGINT and SIGTERM end run(): every worker withdraws what it declares and
 // sends the Lv messages; one that has not ended within kStopSeconds is
@@ -64,6 +69,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
   // WorkerProcess::Observer
   void onWorkerMessage(WorkerProcess& worker, const nlohmann::ordered_json& message) override;
   void onWorkerStarted(WorkerProcess& worker) override;
+  void onWorkerReady(WorkerProcess& worker) override;
 
  private:
   // Writes out the timeline's held-back lines once a dispatch is over.
@@ -103,6 +109,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
   FlushTimer flush_;
   ControlServer control_;
   SignalWatcher signals_;
+  ServiceNotifier service_;
   std::vector<std::pair<Mrp::MrpApplication, std::unique_ptr<WorkerProcess>>> workers_;
 };
 

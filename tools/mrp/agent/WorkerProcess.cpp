@@ -88,6 +88,7 @@ void WorkerProcess::doStart() {
     return;
   }
   pid_ = pid;
+  ready_ = false;
   if (startedAt_ != 0) log_ << "mrp agent: " << name_ << " worker started again (pid " << pid_ << ")" << std::endl;
   startedAt_ = loop_->clock().now();
   channel_ = std::make_unique<WorkerChannel>(
@@ -114,6 +115,11 @@ void WorkerProcess::handleMessage(const Json& message) {
     return;
   }
   if (message.contains("id")) return;  // an answer given too late
+  if (message.contains("ready")) {
+    ready_ = true;
+    observer_->onWorkerReady(*this);
+    return;
+  }
   observer_->onWorkerMessage(*this, message);
 }
 
