@@ -7,8 +7,8 @@
 #
 # Set by tests/packaging/CMakeLists.txt: MRP_BUILD_DIR, MRP_CONSUMER_DIR,
 # MRP_VERSION, the install directories relative to the prefix (MRP_LIBDIR,
-# MRP_BINDIR, MRP_HEADER_DIR), the tools (MRP_CMAKE, MRP_CXX, MRP_PKG_CONFIG)
-# and the consumer's flags (MRP_CONSUMER_CXXFLAGS, MRP_CONSUMER_LDFLAGS).
+# MRP_BINDIR, MRP_HEADER_DIR, MRP_UNIT_DIR, MRP_DOC_DIR), the tools
+# (MRP_CMAKE, MRP_CXX, MRP_PKG_CONFIG) and the consumer's flags (MRP_CONSUMER_CXXFLAGS, MRP_CONSUMER_LDFLAGS).
 set -euo pipefail
 
 fail() {
@@ -39,13 +39,15 @@ libdir="$prefix/$MRP_LIBDIR"
 headers="$prefix/$MRP_HEADER_DIR"
 
 echo "== what was installed"
-# The library with its soname and links, its headers, the mrp program and
-# the two package descriptions; nothing of the agent's bridge or the tests.
+# The library with its soname and links, its headers, the mrp program, the
+# two package descriptions, the agent's systemd unit and its reference
+# configuration; nothing of the agent's bridge or the tests.
 unexpected=$(cd "$prefix" && find . \( -type f -o -type l \) | sed 's|^\./||' | grep -v -x \
   -e "$MRP_BINDIR/mrp" \
   -e "$MRP_LIBDIR/libMrpSm\.so" -e "$MRP_LIBDIR/libMrpSm\.so\.0" -e "$MRP_LIBDIR/libMrpSm\.so\.$MRP_VERSION" \
   -e "$MRP_LIBDIR/cmake/MrpSm/MrpSm[A-Za-z-]*\.cmake" \
   -e "$MRP_LIBDIR/pkgconfig/mrpsm\.pc" \
+  -e "$MRP_UNIT_DIR/mrp-agent\.service" -e "$MRP_DOC_DIR/agent\.json" \
   -e "$MRP_HEADER_DIR/[A-Za-z0-9_]*/[A-Za-z0-9_]*\.h" || true)
 [ -z "$unexpected" ] || fail "installed beyond the package: $unexpected"
 [ "$(readlink "$libdir/libMrpSm.so")" = libMrpSm.so.0 ] || fail "libMrpSm.so does not link to libMrpSm.so.0"

@@ -58,6 +58,10 @@ TEST(AgentConfigReaderTest, AStationWithoutSrClassesDeclaresNoDomainAndAPartialS
   EXPECT_EQ(agentConfigFromJson("{}", kPorts).deltaBandwidth, MrpAgent::kDefaultDeltaBandwidth);
 }
 
+TEST(AgentConfigReaderTest, ABridgeIdOfNullIsTheDefault) {
+  EXPECT_EQ(agentConfigFromJson(R"({"bridgeId": null})", kPorts).bridgeId, std::nullopt);
+}
+
 TEST(AgentSettingsReaderTest, ReadsEveryKeyOfTheAgentItself) {
   const AgentSettings settings = agentSettingsFromJson(
       R"({"ports": {"eth2": {"leaveTime": 0.3}, "eth1": {"leaveTime": 0.3}}, "apps": ["msrp"],
