@@ -49,6 +49,22 @@ std::optional<std::string> packetSocketRefusal() {
   return std::strerror(errno);
 }
 
+AgentSupervisor::Options supervisorOptions(const AgentSettings& settings, std::string configText) {
+  AgentSupervisor::Options options;
+  options.ports = settings.ports;
+  for (const std::string& name : settings.applications) {
+    const auto application = applicationNamed(name);
+    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
+        options.applications.end()) {
+      options.applications.push_back(*application);
+    }
+  }
+  options.configText = std::move(configText);
+  options.controlPath = settings.controlPath;
+  options.metricsAddress = settings.metricsAddress;
+  return options;
+}
+
 }  // namespace
 
 AgentCommand::AgentCommand(CLI::App& program)
@@ -93,8 +109,7 @@ void AgentCommand::checkPorts() const {
 
 int AgentCommand::run(std::ostream& out, std::ostream& err) const {
   AgentSettings settings;
-  settings.ports = arguments_.ports;
-  AgentSupervisor::Options options;
+  std::string configText = "{}";
   if (arguments_.configFile) {
     std::ifstream in(*arguments_.configFile, std::ios::binary);
     if (!in) return fail(err, "cannot open '" + *arguments_.configFile + "'", kBadInput);
@@ -105,19 +120,9 @@ int AgentCommand::run(std::ostream& out, std::ostream& err) const {
     } catch (const JsonInputError& error) {
       return fail(err, *arguments_.configFile + ": " + error.what(), kBadInput);
     }
-    options.configText = text.str();
+    configText = text.str();
   }
   settings = arguments_.over(std::move(settings));
-  options.ports = settings.ports;
-  for (const std::string& name : settings.applications) {
-    const auto application = applicationNamed(name);
-    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
-        options.applications.end()) {
-      options.applications.push_back(*application);
-    }
-  }
-  options.controlPath = settings.controlPath;
-  options.metricsAddress = settings.metricsAddress;
   if (const auto refusal = packetSocketRefusal()) {
     return fail(err,
                 settings.ports.front() + ": cannot open a packet socket: " + *refusal +
@@ -135,7 +140,7 @@ int AgentCommand::run(std::ostream& out, std::ostream& err) const {
   // Each line as it happens: the log is read while the agent runs.
   out << std::unitbuf;
   try {
-    AgentSupervisor supervisor(options, *timeline, err);
+    AgentSupervisor supervisor(supervisorOptions(settings, configText), *timeline, err);
     supervisor.run();
   } catch (const std::system_error& error) {
     return fail(err, error.what(), kFailed);
