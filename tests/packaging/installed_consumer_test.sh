@@ -7,9 +7,9 @@
 #
 # Set by tests/packaging/CMakeLists.txt: MRP_BUILD_DIR, MRP_CONSUMER_DIR,
 # MRP_VERSION, the install directories relative to the prefix (MRP_LIBDIR,
-# MRP_BINDIR, MRP_HEADER_DIR, MRP_MANDIR, MRP_DATADIR), the man pages' sources
-# (MRP_MAN_SOURCE_DIR), the tools (MRP_CMAKE, MRP_CXX, MRP_PKG_CONFIG)
-# and the consumer's flags (MRP_CONSUMER_CXXFLAGS, MRP_CONSUMER_LDFLAGS).
+# MRP_BINDIR, MRP_HEADER_DIR, MRP_MANDIR, MRP_DATADIR, MRP_UNIT_DIR, MRP_DOC_DIR),
+# the man pages' sources (MRP_MAN_SOURCE_DIR), the tools (MRP_CMAKE, MRP_CXX,
+# MRP_PKG_CONFIG) and the consumer's flags (MRP_CONSUMER_CXXFLAGS, MRP_CONSUMER_LDFLAGS).
 set -euo pipefail
 
 fail() {
@@ -41,8 +41,9 @@ headers="$prefix/$MRP_HEADER_DIR"
 
 echo "== what was installed"
 # The library with its soname and links, its headers, the mrp program with
-# its man pages and bash completion, and the two package descriptions;
-# nothing of the agent's bridge or the tests.
+# its man pages and bash completion, the two package descriptions, the
+# agent's systemd unit and its reference configuration; nothing of the
+# agent's bridge or the tests.
 unexpected=$(cd "$prefix" && find . \( -type f -o -type l \) | sed 's|^\./||' | grep -v -x \
   -e "$MRP_BINDIR/mrp" \
   -e "$MRP_MANDIR/man[58]/mrp[a-z.-]*\.[58]" \
@@ -50,6 +51,7 @@ unexpected=$(cd "$prefix" && find . \( -type f -o -type l \) | sed 's|^\./||' | 
   -e "$MRP_LIBDIR/libMrpSm\.so" -e "$MRP_LIBDIR/libMrpSm\.so\.0" -e "$MRP_LIBDIR/libMrpSm\.so\.$MRP_VERSION" \
   -e "$MRP_LIBDIR/cmake/MrpSm/MrpSm[A-Za-z-]*\.cmake" \
   -e "$MRP_LIBDIR/pkgconfig/mrpsm\.pc" \
+  -e "$MRP_UNIT_DIR/mrp-agent\.service" -e "$MRP_DOC_DIR/agent\.json" \
   -e "$MRP_HEADER_DIR/[A-Za-z0-9_]*/[A-Za-z0-9_]*\.h" || true)
 [ -z "$unexpected" ] || fail "installed beyond the package: $unexpected"
 [ "$(readlink "$libdir/libMrpSm.so")" = libMrpSm.so.0 ] || fail "libMrpSm.so does not link to libMrpSm.so.0"

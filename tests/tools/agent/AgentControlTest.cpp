@@ -193,9 +193,13 @@ TEST_F(AgentControlTest, PortsCountersAndAnEmptyTable) {
   EXPECT_EQ(agent.ctl({"show"}).out, "(none)\n");
   EXPECT_EQ(agent.ctl({"show", "--json"}).out, "{\"registrations\": []}\n");
   const MrpRun counters = agent.ctl({"counters", "--json"});
-  EXPECT_THAT(counters.out, ::testing::StartsWith(R"({"mvrp": {"numOfIncorrectPduVersion": 0,)"));
-  EXPECT_THAT(counters.out, ::testing::HasSubstr(R"("msrp": {)"));
-  EXPECT_THAT(agent.ctl({"counters"}).out, ::testing::HasSubstr("\nmsrp  numOfPktsProcessed         0\n"));
+  EXPECT_THAT(counters.out, ::testing::StartsWith(R"({"ports": [{"port": "mrpnone0", "app": "mvrp", "framesReceived": 0,)"));
+  EXPECT_THAT(counters.out, ::testing::HasSubstr(R"({"app": "msrp", "workerRestarts": 0, "engine": {"numOfIncorrectPduVersion": 0,)"));
+  const std::string table = agent.ctl({"counters"}).out;
+  EXPECT_THAT(table, ::testing::StartsWith("port      counter                          mvrp  msrp\n"
+                                           "mrpnone0  frames received                  0     0\n"));
+  EXPECT_THAT(table, ::testing::HasSubstr("\nmrpnone1  frames received                  0     0\n"));
+  EXPECT_THAT(table, ::testing::EndsWith("\n          worker restarts                  0     0\n"));
   EXPECT_EQ(agent.ctl({"streams", "--json"}).out, "{\"streams\": [], \"classes\": []}\n");
 }
 

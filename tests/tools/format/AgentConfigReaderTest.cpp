@@ -8,7 +8,9 @@
 namespace MrpTest {
 namespace {
 
+using MrpCli::AgentSettings;
 using MrpCli::agentConfigFromJson;
+using MrpCli::agentSettingsFromJson;
 
 const std::vector<std::string> kPorts = {"eth1", "eth2"};
 
@@ -55,6 +57,87 @@ TEST(AgentConfigReaderTest, AStationWithoutSrClassesDeclaresNoDomainAndAPartialS
   EXPECT_EQ(config.deltaBandwidth, (MrpAgent::DeltaBandwidth{75, 10}));
   EXPECT_EQ(agentConfigFromJson("{}", kPorts).deltaBandwidth, MrpAgent::kDefaultDeltaBandwidth);
 }
+
+TEST(AgentConfigReaderTest, ABridgeIdOfNullIsTheDefault) {
+  EXPECT_EQ(agentConfigFromJson(R"({"bridgeId": null})", kPorts).bridgeId, std::nullopt);
+}
+
+TEST(AgentSettingsReaderTest, ReadsEveryKeyOfTheAgentItself) {
+  const AgentSettings settings = agentSettingsFromJson(
+      R"({"ports": {"eth2": {"leaveTime": 0.3}, "eth1": {"leaveTime": 0.3}}, "apps": ["msrp"],
+          "control": "/tmp/agent.sock", "json": true, "metrics": "[::1]:9464", "leaveTime": 0.3})",
+      {});
+  EXPECT_EQ(settings.ports, (std::vector<std::string>{"eth2", "eth1"}));
+  EXPECT_EQ(settings.applications, (std::vector<std::string>{"msrp"}));
+  EXPECT_EQ(settings.controlPath, "/tmp/agent.sock");
+  EXPECT_TRUE(settings.json);
+  EXPECT_EQ(settings.metricsAddress, "[::1]:9464");
+}
+
+TEST(AgentSettingsReaderTest, WhatTheFileLeavesOutHasItsDefault) {
+  const AgentSettings settings = agentSettingsFromJson(R"({"ports": {"eth1": {}}, "metrics": null})", {});
+  EXPECT_EQ(settings.ports, (std::vector<std::string>{"eth1"}));
+  EXPECT_EQ(settings.applications, (std::vector<std::string>{"mvrp", "msrp"}));
+  EXPECT_EQ(settings.controlPath, "/run/mrp/agent.sock");
+  EXPECT_FALSE(settings.json);
+  EXPECT_EQ(settings.metricsAddress, std::nullopt);
+}
+
+TEST(AgentSettingsReaderTest, PortsGivenAreThePortsAndTheFileMayTimeSomeOfThem) {
+  EXPECT_EQ(agentSettingsFromJson("{}", kPorts).ports, kPorts);
+  EXPECT_EQ(agentSettingsFromJson(R"({"ports": {"eth2": {"leaveAllTime": 2}}})", kPorts).ports, kPorts);
+}
+
+struct BadSettings {
+  std::string text;
+  std::vector<std::string> ports;  // the command line's
+  std::string error;
+};
+
+class AgentSettingsErrorTest : public ::testing::TestWithParam<BadSettings> {};
+
+TEST_P(AgentSettingsErrorTest, NamesThePlaceOfTheFault) {
+  try {
+    agentSettingsFromJson(GetParam().text, GetParam().ports);
+    FAIL() << "accepted: " << GetParam().text;
+  } catch (const MrpCli::JsonInputError& error) {
+    EXPECT_EQ(std::string(error.what()), GetParam().error);
+  }
+}
+
+const std::string kPeriod = "0 is not a period (more than 0 seconds is needed)";
+
+INSTANTIATE_TEST_SUITE_P(
+    BadFiles, AgentSettingsErrorTest,
+    ::testing::Values(
+        BadSettings{"{}", {}, "no ports (name them under \"ports\" or with --ports)"},
+        BadSettings{R"({"ports": {}})", {}, "no ports (name them under \"ports\" or with --ports)"},
+        BadSettings{R"({"ports": {"eth1": {}, "eth1": {"leaveTime": 1}}})", {}, "ports.eth1: named twice"},
+        BadSettings{R"({"ports": {"eth1": {}}, "json": true, "json": false})", {}, "json: named twice"},
+        BadSettings{R"({"ports": {"eth1": {}}, "domains": [{"classId": 6}, {"classId": 5, "classId": 6}]})", {},
+                    "domains[1].classId: named twice"},
+        BadSettings{R"({"ports": {"a/b": {}}})", {}, "ports.a/b: 'a/b' is not an interface name"},
+        BadSettings{R"({"ports": {"eth3": {}}})", kPorts, "ports.eth3: not one of the agent's ports (eth1, eth2)"},
+        BadSettings{R"({"ports": ["eth1"]})", {}, "ports: an object is needed"},
+        BadSettings{R"({"apps": []})", kPorts, "apps: an application is needed (msrp or mvrp)"},
+        BadSettings{R"({"apps": "mvrp"})", kPorts, "apps: a list is needed"},
+        BadSettings{R"({"apps": ["mvrp", "gvrp"]})", kPorts, "apps[1]: unknown application 'gvrp' (msrp or mvrp)"},
+        BadSettings{R"({"apps": [2]})", kPorts, "apps[0]: a string is needed"},
+        BadSettings{R"({"control": ""})", kPorts, "control: a path is needed"},
+        BadSettings{R"({"control": null})", kPorts, "control: a string is needed"},
+        BadSettings{R"({"json": "yes"})", kPorts, "json: true or false is needed"},
+        BadSettings{R"({"metrics": 9464})", kPorts, "metrics: a string is needed"},
+        BadSettings{R"({"metrics": "localhost"})", kPorts,
+                    "metrics: 'localhost' is not ADDR:PORT (e.g. 127.0.0.1:9464, [::1]:9464 or localhost:9464)"},
+        BadSettings{R"({"metrics": "127.0.0.1:0"})", kPorts, "metrics: '127.0.0.1:0': the port is not a number 1-65535"},
+        BadSettings{R"({"leaveTime": 0})", kPorts, "leaveTime: " + kPeriod},
+        BadSettings{R"({"leaveAllTime": 0})", kPorts, "leaveAllTime: " + kPeriod},
+        BadSettings{R"({"leaveAllTime": -1})", kPorts, "leaveAllTime: -1 is not a time (seconds, 0 or more)"},
+        BadSettings{R"({"ports": {"eth1": {"leaveTime": 0}}})", {}, "ports.eth1.leaveTime: " + kPeriod},
+        BadSettings{R"({"ports": {"eth1": {"leaveAllTime": 0.0}}})", {}, "ports.eth1.leaveAllTime: " + kPeriod},
+        BadSettings{R"({"ports": {"eth1": {}}, "portSpeed": {"eth2": 1000000}})", {},
+                    "portSpeed.eth2: not one of the bridge's ports (eth1)"},
+        BadSettings{R"({"metric": null})", kPorts, "metric: unknown field"}));
 
 struct BadConfig {
   std::string text;

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <arpa/inet.h>
 #include <linux/if_ether.h>
-#include <net/if.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -20,6 +19,8 @@
 #include "agent/Agent.h"
 #include "agent/AgentSupervisor.h"
 #include "common/Applications.h"
+#include "common/InterfaceName.h"
+#include "common/ListenAddress.h"
 #include "format/AgentConfigReader.h"
 #include "report/JsonTimeline.h"
 #include "report/TextTimeline.h"
@@ -36,15 +37,6 @@ int fail(std::ostream& err, const std::string& message, int status) {
   return status;
 }
 
-CLI::Validator interfaceName() {
-  return CLI::Validator(
-      [](std::string& value) -> std::string {
-        if (!value.empty() && value.size() < IFNAMSIZ && value.find_first_of("/ \t:") == std::string::npos) return "";
-        return "'" + value + "' is not an interface name";
-      },
-      "");
-}
-
 // Why packet sockets cannot be had, when it is for lack of privilege: the
 // agent cannot work at all then, on any port.
 std::optional<std::string> packetSocketRefusal() {
@@ -57,27 +49,49 @@ std::optional<std::string> packetSocketRefusal() {
   return std::strerror(errno);
 }
 
+AgentSupervisor::Options supervisorOptions(const AgentSettings& settings, std::string configText) {
+  AgentSupervisor::Options options;
+  options.ports = settings.ports;
+  for (const std::string& name : settings.applications) {
+    const auto application = applicationNamed(name);
+    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
+        options.applications.end()) {
+      options.applications.push_back(*application);
+    }
+  }
+  options.configText = std::move(configText);
+  options.controlPath = settings.controlPath;
+  options.metricsAddress = settings.metricsAddress;
+  return options;
+}
+
 }  // namespace
 
 AgentCommand::AgentCommand(CLI::App& program)
     : command_(program.add_subcommand("agent", "Run a bridge on Linux interfaces until SIGINT or SIGTERM")) {
-  command_->add_option("--ports", ports_, "The interfaces, comma-separated (they may come and go while it runs)")
-      ->required()
+  command_->add_option("--ports", arguments_.ports,
+                       "The interfaces, comma-separated (they may come and go while it runs); "
+                       "default: those the configuration file names")
       ->delimiter(',')
       ->type_name("IF,...")
       ->check(interfaceName());
-  command_->add_option("--apps", applications_, "The applications it runs (default: mvrp,msrp)")
+  command_->add_option("--apps", arguments_.applications, "The applications it runs (default: mvrp,msrp)")
       ->delimiter(',')
       ->type_name("APP,...")
       ->check(knownApplication());
-  command_->add_option("--config", configFile_, "A configuration file (JSON): leave times, per-port times, flooding")
+  command_->add_option("--config", arguments_.configFile,
+                       "A configuration file (JSON): ports, leave times, per-port times, flooding, and a key for "
+                       "each option")
       ->type_name("FILE");
-  command_->add_option("--control", controlPath_, "The control socket that `mrp ctl` talks to")
+  command_->add_option("--control", arguments_.controlPath, "The control socket that `mrp ctl` talks to")
       ->type_name("PATH")
-      ->capture_default_str();
-  command_->add_flag("--json", json_, "Log as JSON lines");
-  command_->add_option("--metrics", metricsAddress_, "Serve Prometheus metrics on http://ADDR:PORT/metrics (off by default)")
-      ->type_name("ADDR:PORT");
+      ->default_str(kDefaultControlPath);
+  command_->add_flag("--json", arguments_.json, "Log as JSON lines");
+  command_->add_option("--metrics", arguments_.metricsAddress,
+                       "Serve Prometheus metrics on http://ADDR:PORT/metrics (default: off)")
+      ->type_name("ADDR:PORT")
+      ->check(listenAddress());
+  command_->callback([this] { checkPorts(); });
   command_->footer(
       "On SIGINT or SIGTERM the agent withdraws what it declares, sends the Lv messages and exits 0.\n"
       "The README describes the configuration file and `mrp ctl`.");
@@ -85,48 +99,48 @@ AgentCommand::AgentCommand(CLI::App& program)
 
 bool AgentCommand::chosen() const { return command_->parsed(); }
 
-int AgentCommand::run(std::ostream& out, std::ostream& err) const {
-  AgentSupervisor::Options options;
-  options.ports = ports_;
-  for (const std::string& name : applications_) {
-    const auto application = applicationNamed(name);
-    if (std::find(options.applications.begin(), options.applications.end(), *application) ==
-        options.applications.end()) {
-      options.applications.push_back(*application);
-    }
+void AgentCommand::checkPorts() const {
+  const std::vector<std::string>& ports = arguments_.ports;
+  if (ports.empty() && !arguments_.configFile) throw CLI::RequiredError("--ports");
+  for (auto it = ports.begin(); it != ports.end(); ++it) {
+    if (std::find(ports.begin(), it, *it) != it) throw CLI::ValidationError("--ports", "'" + *it + "' is named twice");
   }
-  options.controlPath = controlPath_;
-  options.metricsAddress = metricsAddress_;
-  if (configFile_) {
-    std::ifstream in(*configFile_, std::ios::binary);
-    if (!in) return fail(err, "cannot open '" + *configFile_ + "'", kBadInput);
+}
+
+int AgentCommand::run(std::ostream& out, std::ostream& err) const {
+  AgentSettings settings;
+  std::string configText = "{}";
+  if (arguments_.configFile) {
+    std::ifstream in(*arguments_.configFile, std::ios::binary);
+    if (!in) return fail(err, "cannot open '" + *arguments_.configFile + "'", kBadInput);
     std::ostringstream text;
     text << in.rdbuf();
     try {
-      agentConfigFromJson(text.str(), ports_);
+      settings = agentSettingsFromJson(text.str(), arguments_.ports);
     } catch (const JsonInputError& error) {
-      return fail(err, *configFile_ + ": " + error.what(), kBadInput);
+      return fail(err, *arguments_.configFile + ": " + error.what(), kBadInput);
     }
-    options.configText = text.str();
+    configText = text.str();
   }
+  settings = arguments_.over(std::move(settings));
   if (const auto refusal = packetSocketRefusal()) {
     return fail(err,
-                ports_.front() + ": cannot open a packet socket: " + *refusal +
+                settings.ports.front() + ": cannot open a packet socket: " + *refusal +
                     " (run as root or with CAP_NET_RAW and CAP_NET_ADMIN)",
                 kFailed);
   }
 
   std::unique_ptr<Timeline> timeline;
-  if (json_) {
+  if (settings.json) {
     timeline = std::make_unique<JsonTimeline>(out);
   } else {
-    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, ports_,
+    timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{Agent::kBridgeName}, settings.ports,
                                               TextTimelineOptions{.wallClock = true});
   }
   // Each line as it happens: the log is read while the agent runs.
   out << std::unitbuf;
   try {
-    AgentSupervisor supervisor(options, *timeline, err);
+    AgentSupervisor supervisor(supervisorOptions(settings, configText), *timeline, err);
     supervisor.run();
   } catch (const std::runtime_error& error) {
     return fail(err, error.what(), kFailed);

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <iosfwd>
-#include <optional>
-#include <string>
-#include <vector>
+
+#include "agent/AgentArguments.h"
 
 namespace CLI {
 class App;
@@ -11,12 +10,15 @@ class App;
 
 namespace MrpCli {
 
-// `mrp agent --ports eth1,eth2 [--apps mvrp,msrp] [--config FILE]
-// [--control PATH] [--json]`: runs one bridge on those Linux interfaces
-// until SIGINT or SIGTERM, and logs what happens on `out` as a timeline.
+// `mrp agent [--ports eth1,eth2] [--apps mvrp,msrp] [--config FILE]
+// [--control PATH] [--json] [--metrics ADDR:PORT]`: runs one bridge on those
+// Linux interfaces until SIGINT or SIGTERM, and logs what happens on `out`
+// as a timeline. Each option has a key in the configuration file; the
+// command line wins. The ports come from either; without a file, --ports
+// is required.
 class AgentCommand {
  public:
-  static constexpr const char* kDefaultControlPath = "/run/mrp/agent.sock";
+  static constexpr const char* kDefaultControlPath = AgentSettings::kDefaultControlPath;
 
   explicit AgentCommand(CLI::App& program);
 
@@ -27,13 +29,11 @@ class AgentCommand {
   int run(std::ostream& out, std::ostream& err) const;
 
  private:
+  // Throws CLI::ParseError for ports that are missing or named twice.
+  void checkPorts() const;
+
   CLI::App* command_;
-  std::vector<std::string> ports_;
-  std::vector<std::string> applications_{"mvrp", "msrp"};
-  std::optional<std::string> configFile_;
-  std::string controlPath_ = kDefaultControlPath;
-  bool json_ = false;
-  std::optional<std::string> metricsAddress_;
+  AgentArguments arguments_;
 };
 
 }  // namespace MrpCli

@@ -81,6 +81,7 @@ void AgentSupervisor::run() {
 
 void AgentSupervisor::handleSignal(int signo) {
   if (signo != SIGCHLD) {
+    service_.doStopping();
     loop_->stop();
     return;
   }
@@ -133,6 +134,12 @@ void AgentSupervisor::onWorkerStarted(WorkerProcess& worker) {
     }
   }
   for (const auto& [port, values] : byPort) doSend("declare", values, port);
+}
+
+void AgentSupervisor::onWorkerReady(WorkerProcess&) {
+  const bool allReady =
+      std::all_of(workers_.begin(), workers_.end(), [](const auto& w) { return w.second && w.second->ready(); });
+  if (allReady) service_.doReady(ServiceNotifier::statusText(options_.applications, options_.ports));
 }
 
 void AgentSupervisor::doSend(const char* verb, const std::vector<MrpAgent::AttributeValue>& values,

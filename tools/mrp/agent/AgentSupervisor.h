@@ -12,6 +12,7 @@
 #include "AttributeValue.h"
 #include "agent/Declaration.h"
 #include "agent/MetricsServer.h"
+#include "agent/ServiceNotifier.h"
 #include "agent/SignalWatcher.h"
 #include "agent/WorkerProcess.h"
 #include "control/ControlAnswer.h"
@@ -32,6 +33,10 @@ namespace MrpCli {
 // timeline; it starts a worker that dies again and declares again what it
 // had been asked to declare there.
 //
+// It tells the service manager (ServiceNotifier) that the agent is ready
+// once the control socket listens and every worker has its ports open, and
+// that it is stopping on SIGINT or SIGTERM.
+//
 // SIGINT and SIGTERM end run(): every worker withdraws what it declares and
 // sends the Lv messages; one that has not ended within kStopSeconds is
 // killed.
@@ -47,8 +52,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
     // The configuration file's text, checked already.
     std::string configText = "{}";
     std::string controlPath;
-    // ADDR:PORT of the Prometheus exposition, or none
-    std::optional<std::string> metricsAddress;
+    std::optional<std::string> metricsAddress;  // ADDR:PORT of the Prometheus exposition, or none
   };
 
   // Throws std::system_error when the control socket, the signals or a
@@ -67,6 +71,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
   // WorkerProcess::Observer
   void onWorkerMessage(WorkerProcess& worker, const nlohmann::ordered_json& message) override;
   void onWorkerStarted(WorkerProcess& worker) override;
+  void onWorkerReady(WorkerProcess& worker) override;
 
  private:
   // Writes out the timeline's held-back lines once a dispatch is over.
@@ -106,6 +111,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
   FlushTimer flush_;
   ControlServer control_;
   SignalWatcher signals_;
+  ServiceNotifier service_;
   std::vector<std::pair<Mrp::MrpApplication, std::unique_ptr<WorkerProcess>>> workers_;
   // Last: it stops answering scrapes before the rest goes.
   std::unique_ptr<MetricsServer> metrics_;

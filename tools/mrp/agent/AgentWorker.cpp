@@ -49,6 +49,7 @@ int AgentWorker::run() {
     timeline_ = std::make_unique<RelayTimeline>([this](const Json& message) { doRelay(message); });
     const SignalWatcher signals(loop_, {SIGTERM}, [this](int) { loop_->stop(); });
     agent_ = std::make_unique<Agent>(options, loop_, *timeline_, log_);
+    channel_.send({{"ready", true}});
     for (const Json& message : std::exchange(early_, {})) doCarryOut(message);
     if (channel_.open()) loop_->run();
     agent_->doStop();

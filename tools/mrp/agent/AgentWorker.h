@@ -24,7 +24,8 @@ namespace MrpCli {
 //   {"ask": "show" | "counters" | "ports", "id": 7}   {"trace": "MrpSm/0-9", "id": 8}
 //   {"stop": true}
 // (attributes as attributeMessage() writes them; "port" absent for every
-// port), and answers {"id": 7, "answer": ...}. It sends its timeline as
+// port), and answers {"id": 7, "answer": ...}. It says {"ready": true} once
+// its bridge is there with its ports open, and sends its timeline as
 // RelayTimeline messages.
 //
 // It stops, withdrawing what it declares and sending the Lv messages, on

@@ -88,6 +88,7 @@ void WorkerProcess::doStart() {
     return;
   }
   pid_ = pid;
+  ready_ = false;
   if (startedAt_ != 0) {
     ++restarts_;
     log_ << "mrp agent: " << name_ << " worker started again (pid " << pid_ << ")" << std::endl;
@@ -117,6 +118,11 @@ void WorkerProcess::handleMessage(const Json& message) {
     return;
   }
   if (message.contains("id")) return;  // an answer given too late
+  if (message.contains("ready")) {
+    ready_ = true;
+    observer_->onWorkerReady(*this);
+    return;
+  }
   observer_->onWorkerMessage(*this, message);
 }
 

@@ -36,6 +36,8 @@ class WorkerProcess {
     virtual void onWorkerMessage(WorkerProcess& worker, const Json& message) = 0;
     // The worker was started (again); its start message is sent.
     virtual void onWorkerStarted(WorkerProcess& worker) = 0;
+    // The worker has its bridge and its ports open.
+    virtual void onWorkerReady(WorkerProcess& worker) = 0;
   };
 
   // `name` names the worker on the log ("msrp"); `start` is its start
@@ -51,6 +53,8 @@ class WorkerProcess {
   bool running() const { return pid_ > 0; }
   // How often the worker was started again after it died.
   unsigned restarts() const { return restarts_; }
+  // Running, with its bridge and its ports open.
+  bool ready() const { return running() && ready_; }
 
   // Sends a message; false while the worker is not running.
   bool send(const Json& message);
@@ -87,6 +91,7 @@ class WorkerProcess {
   Observer* observer_;
   std::ostream& log_;
   pid_t pid_ = -1;
+  bool ready_ = false;
   Quarn::Seconds startedAt_ = 0;
   unsigned restarts_ = 0;
   RestartBackoff backoff_;

@@ -17,13 +17,13 @@ std::optional<Mrp::MrpApplication> applicationNamed(std::string_view name) {
   return std::nullopt;
 }
 
+std::optional<std::string> applicationFault(std::string_view name) {
+  if (applicationNamed(name)) return std::nullopt;
+  return "unknown application '" + std::string(name) + "' (msrp or mvrp)";
+}
+
 CLI::Validator knownApplication() {
-  return CLI::Validator(
-      [](std::string& value) -> std::string {
-        if (applicationNamed(value)) return "";
-        return "unknown application '" + value + "' (msrp or mvrp)";
-      },
-      "");
+  return CLI::Validator([](std::string& value) { return applicationFault(value).value_or(""); }, "");
 }
 
 }  // namespace MrpCli

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace MrpCli {
 
@@ -14,6 +15,67 @@ std::string parseMessage(const nlohmann::json::parse_error& error) {
   return tagEnd == std::string::npos ? what : what.substr(tagEnd + 2);
 }
 
+// Follows a parse to know the place of each member, and refuses a name an
+// object has already.
+class UniqueNames {
+ public:
+  using Json = nlohmann::ordered_json;
+
+  bool operator()(int, Json::parse_event_t event, const Json& parsed) {
+    switch (event) {
+      case Json::parse_event_t::object_start:
+      case Json::parse_event_t::array_start:
+        open_.push_back({event == Json::parse_event_t::array_start, placeOfNext(), {}, 0});
+        break;
+      case Json::parse_event_t::key:
+        doName(parsed.get<std::string>());
+        break;
+      case Json::parse_event_t::object_end:
+      case Json::parse_event_t::array_end:
+        open_.pop_back();
+        doCount();
+        break;
+      case Json::parse_event_t::value:
+        doCount();
+        break;
+    }
+    return true;
+  }
+
+ private:
+  struct Container {
+    bool array;
+    std::string place;
+    std::set<std::string> names;
+    std::size_t items;
+  };
+
+  std::string placeOfNext() const {
+    if (open_.empty()) return "";
+    const Container& in = open_.back();
+    if (in.array) return in.place + "[" + std::to_string(in.items) + "]";
+    return in.place.empty() ? name_ : in.place + "." + name_;
+  }
+  void doName(const std::string& name) {
+    name_ = name;
+    if (!open_.back().names.insert(name).second) throw JsonInputError(placeOfNext() + ": named twice");
+  }
+  void doCount() {
+    if (!open_.empty() && open_.back().array) ++open_.back().items;
+  }
+
+  std::vector<Container> open_;
+  std::string name_;  // of the member being read
+};
+
+nlohmann::ordered_json parsedWith(std::string_view text, nlohmann::ordered_json::parser_callback_t callback) {
+  try {
+    return nlohmann::ordered_json::parse(text, std::move(callback));
+  } catch (const nlohmann::json::parse_error& error) {
+    throw JsonInputError("not JSON: " + parseMessage(error));
+  }
+}
+
 }  // namespace
 
 std::string commaListed(const std::vector<std::string>& names) {
@@ -22,13 +84,9 @@ std::string commaListed(const std::vector<std::string>& names) {
   return text;
 }
 
-nlohmann::ordered_json jsonParsed(std::string_view text) {
-  try {
-    return nlohmann::ordered_json::parse(text);
-  } catch (const nlohmann::json::parse_error& error) {
-    throw JsonInputError("not JSON: " + parseMessage(error));
-  }
-}
+nlohmann::ordered_json jsonParsed(std::string_view text) { return parsedWith(text, nullptr); }
+
+nlohmann::ordered_json jsonParsedWithUniqueNames(std::string_view text) { return parsedWith(text, UniqueNames()); }
 
 void JsonNode::fail(const std::string& message) const {
   throw JsonInputError((place_.empty() ? "" : place_ + ": ") + message);

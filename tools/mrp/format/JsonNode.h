@@ -23,6 +23,9 @@ std::string commaListed(const std::vector<std::string>& names);
 
 // The JSON of text; throws JsonInputError "not JSON: ..." for text that is not.
 nlohmann::ordered_json jsonParsed(std::string_view text);
+// The same, and a member named twice in one object is a JsonInputError
+// naming it ("ports.eth1: named twice") rather than the last one winning.
+nlohmann::ordered_json jsonParsedWithUniqueNames(std::string_view text);
 
 // A member of a JSON input with the place it has there, for messages. Every
 // check throws JsonInputError naming the place.

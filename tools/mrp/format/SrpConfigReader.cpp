@@ -31,7 +31,8 @@ void readPerPort(const JsonNode& node, const std::vector<std::string>& ports, Re
 }  // namespace
 
 void readBridgeSrp(const JsonNode& bridge, const std::vector<std::string>& ports, MrpAgent::BridgeConfig& config) {
-  if (bridge.has("bridgeId")) {
+  // null: the default, an id made from the bridge's name.
+  if (bridge.has("bridgeId") && !bridge["bridgeId"].json().is_null()) {
     const JsonNode id = bridge["bridgeId"];
     config.bridgeId = MrpAgent::bridgeIdFromText(id.string());
     if (!config.bridgeId) id.fail("not a bridge id (eight hex octets, e.g. 80:00:02:00:00:00:00:01)");

@@ -10,7 +10,7 @@ namespace MrpCli {
 
 // The stream reservation keys of one bridge, as a scenario's bridge and the
 // agent's configuration take them:
-//   "bridgeId": "80:00:02:00:00:00:00:01"
+//   "bridgeId": "80:00:02:00:00:00:00:01"   (null: made from the bridge's name)
 //   "portSpeed": {"p2": 100000000}        bit/s
 //   "portLatency": {"p2": 20000}          ns
 //   "domains": [{"classId": 6, "priority": 3, "vid": 2}]
