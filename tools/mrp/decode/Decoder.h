@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "MrpModel/MrpApplication.h"
+#include "decode/DecodedFrame.h"
 #include "MrpSm/MrpSm.h"
 #include "quarn/Clock.h"
 
@@ -15,7 +16,7 @@ namespace MrpCli {
 
 // Runs MRPDUs through the engine's own parser, as the receive path would on
 // one engine per application (no sockets), and describes what each frame
-// left behind as one JSON object.
+// left behind: as a DecodedFrame, or as its JSON object.
 class Decoder {
  public:
   // The engines' timers run on a simulated clock of the decoder's own, which
@@ -26,11 +27,19 @@ class Decoder {
   Decoder& operator=(const Decoder&) = delete;
 
   // One MRPDU, from its ProtocolVersion octet.
-  nlohmann::ordered_json decodeMrpdu(unsigned frame, Mrp::MrpApplication application,
-                                     const std::vector<std::uint8_t>& mrpdu);
+  DecodedFrame describeMrpdu(unsigned frame, Mrp::MrpApplication application, const std::vector<std::uint8_t>& mrpdu);
   // One Ethernet frame: the application is chosen by destination address and
   // EtherType (behind at most one VLAN tag); other frames are skipped.
-  nlohmann::ordered_json decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+  DecodedFrame describeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+
+  // The same, as decodedFrameJson writes them.
+  nlohmann::ordered_json decodeMrpdu(unsigned frame, Mrp::MrpApplication application,
+                                     const std::vector<std::uint8_t>& mrpdu) {
+    return decodedFrameJson(describeMrpdu(frame, application, mrpdu));
+  }
+  nlohmann::ordered_json decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+    return decodedFrameJson(describeFrame(frame, ethernetFrame));
+  }
 
  private:
   Mrp::MrpSm& engine(Mrp::MrpApplication application);
