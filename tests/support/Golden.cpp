@@ -77,8 +77,7 @@ void expectGolden(const std::filesystem::path& path, const std::string& actual, 
     std::ofstream(path, std::ios::binary | std::ios::trunc) << actual;
     return;
   }
-  ASSERT_TRUE(std::filesystem::exists(path)) << path.string() << " is missing; to write it:\n  "
-                                             << regenerateCommand();
+  ASSERT_TRUE(std::filesystem::exists(path)) << path.string() << " is missing; to write it:\n  " << regenerateCommand();
   const std::string diff = lineDiff(fileText(path), actual);
   if (diff.empty()) return;
   ADD_FAILURE() << what << " no longer prints " << path.string() << " (- golden, + now):\n"

@@ -26,6 +26,12 @@ Json attributesJson(const std::vector<DecodedAttribute>& attributes) {
   return list;
 }
 
+Json countersJson(const DecodedCounters& counters) {
+  Json json = Json::object();
+  for (const DecodedCounterField& field : kDecodedCounterFields) json[field.name] = counters.*field.count;
+  return json;
+}
+
 Json leaveAllJson(const std::vector<std::uint8_t>& types) {
   Json list = Json::array();
   for (const std::uint8_t type : types) list.push_back(unsigned{type});
@@ -36,7 +42,6 @@ Json leaveAllJson(const std::vector<std::uint8_t>& types) {
 
 Json decodedFrameJson(const DecodedFrame& decoded) {
   if (decoded.skipped) return {{"frame", decoded.frame}, {"skipped", *decoded.skipped}};
-  const DecodedCounters& counters = decoded.counters;
   return {
       {"frame", decoded.frame},
       {"application", applicationName(decoded.application)},
@@ -44,11 +49,7 @@ Json decodedFrameJson(const DecodedFrame& decoded) {
       {"domain", attributesJson(decoded.domain)},
       {"attributes", attributesJson(decoded.attributes)},
       {"events", decoded.events},
-      {"counters",
-       {{"numOfIncorrectPduVersion", counters.incorrectPduVersion},
-        {"numOfUnknownAttributeType", counters.unknownAttributeType},
-        {"numOfMalformedPkts", counters.malformedPkts},
-        {"numOfUnknownApplication", counters.unknownApplication}}},
+      {"counters", countersJson(decoded.counters)},
   };
 }
 

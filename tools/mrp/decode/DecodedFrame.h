@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "AttributeValue.h"
 #include "MrpModel/MrpApplication.h"
@@ -30,6 +29,19 @@ struct DecodedCounters {
   std::uint64_t unknownAttributeType = 0;
   std::uint64_t malformedPkts = 0;
   std::uint64_t unknownApplication = 0;
+};
+
+// The counters by their engine names, with what each counts in a few words.
+struct DecodedCounterField {
+  const char* name;
+  const char* fault;
+  std::uint64_t DecodedCounters::*count;
+};
+inline constexpr DecodedCounterField kDecodedCounterFields[] = {
+    {"numOfIncorrectPduVersion", "bad protocol version", &DecodedCounters::incorrectPduVersion},
+    {"numOfUnknownAttributeType", "unknown attribute type", &DecodedCounters::unknownAttributeType},
+    {"numOfMalformedPkts", "malformed", &DecodedCounters::malformedPkts},
+    {"numOfUnknownApplication", "unknown application", &DecodedCounters::unknownApplication},
 };
 
 // What one frame left behind in the engine's parser, for the decoder's

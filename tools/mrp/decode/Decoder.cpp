@@ -80,9 +80,7 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
 
 // What one received frame leaves behind until the receive path has
 // dispatched it; decoding stops before dispatch, so it is cleared here.
-void Decoder::clearFrameState(Mrp::MrpSm& engine) {
-  engine.receivedFrame().parseResultsDelAll();
-}
+void Decoder::clearFrameState(Mrp::MrpSm& engine) { engine.receivedFrame().parseResultsDelAll(); }
 
 DecodedFrame Decoder::describeMrpdu(unsigned frame, MrpApplication application,
                                     const std::vector<std::uint8_t>& mrpdu) {
@@ -117,8 +115,8 @@ DecodedFrame Decoder::describeFrame(unsigned frame, const std::vector<std::uint8
   for (MrpApplication application : {MrpApplication::msrp, MrpApplication::mvrp}) {
     const Mrp::MrpApplicationFraming framing = Mrp::mrpDefaultApplicationFraming(application);
     if (header->dst() == framing.macAddr && etype == framing.etype) {
-      DecodedFrame decoded = describeMrpdu(
-          frame, application, {ethernetFrame.begin() + static_cast<long>(offset), ethernetFrame.end()});
+      DecodedFrame decoded =
+          describeMrpdu(frame, application, {ethernetFrame.begin() + static_cast<long>(offset), ethernetFrame.end()});
       decoded.source = header->src();
       return decoded;
     }

@@ -2,14 +2,13 @@
 
 #include <cstdint>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "MrpModel/MrpApplication.h"
-#include "decode/DecodedFrame.h"
 #include "MrpSm/MrpSm.h"
+#include "decode/DecodedFrame.h"
 #include "quarn/Clock.h"
 
 namespace MrpCli {
