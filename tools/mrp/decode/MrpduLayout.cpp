@@ -55,12 +55,12 @@ bool hasDeclarations(Mrp::MrpApplication application, std::uint8_t attributeType
          static_cast<Mrp::MsrpAttrType>(attributeType) == Mrp::MsrpAttrType::listenerVector;
 }
 
-// The vector at the cursor, into `vector` as far as it goes; the field it
-// ends inside, or nullptr.
-const char* readVector(OctetCursor& in, Mrp::MrpApplication application, const MrpduLayout::Message& message,
-                       MrpduLayout::Vector& vector) {
+// The vector at the cursor, added to `message` once its header is read and
+// filled as far as its octets go; the field it ends inside, or nullptr.
+const char* readVector(OctetCursor& in, Mrp::MrpApplication application, MrpduLayout::Message& message) {
   std::uint16_t header = 0;
   if (!in.takeU16(header)) return "VectorHeader";
+  MrpduLayout::Vector& vector = message.vectors.emplace_back();
   vector.leaveAll = (header & Mrp::kMrpLeaveAllBit) != 0;
   vector.numberOfValues = header & Mrp::kMrpNumberOfValuesMask;
   std::span<const std::uint8_t> field;
@@ -80,9 +80,15 @@ const char* readVector(OctetCursor& in, Mrp::MrpApplication application, const M
   return nullptr;
 }
 
-// The message at the cursor, vectors up to its EndMark.
-const char* readMessage(OctetCursor& in, Mrp::MrpApplication application, MrpduLayout::Message& message) {
-  if (!in.takeU8(message.attributeType) || !in.takeU8(message.attributeLength)) return "message header";
+// The message at the cursor, added to `layout` once its header is read,
+// with its vectors up to its EndMark.
+const char* readMessage(OctetCursor& in, Mrp::MrpApplication application, MrpduLayout& layout) {
+  std::uint8_t type = 0;
+  std::uint8_t length = 0;
+  if (!in.takeU8(type) || !in.takeU8(length)) return "message header";
+  MrpduLayout::Message& message = layout.messages.emplace_back();
+  message.attributeType = type;
+  message.attributeLength = length;
   if (application == Mrp::MrpApplication::msrp) {
     std::uint16_t listLength = 0;
     if (!in.takeU16(listLength)) return "AttributeListLength";
@@ -92,8 +98,7 @@ const char* readMessage(OctetCursor& in, Mrp::MrpApplication application, MrpduL
   // it reads as an EndMark. Every vector takes at least its header, so the
   // loop ends with the octets.
   do {
-    message.vectors.emplace_back();
-    if (const char* inside = readVector(in, application, message, message.vectors.back())) return inside;
+    if (const char* inside = readVector(in, application, message)) return inside;
     if (in.left() == 0) return "EndMark";
   } while (!in.takeEndMark());
   return nullptr;
@@ -111,8 +116,7 @@ MrpduLayout MrpduLayout::read(Mrp::MrpApplication application, std::span<const s
   }
   layout.protocolVersion = version;
   while (in.left() > 0 && !in.takeEndMark()) {
-    layout.messages.emplace_back();
-    layout.endsInside = readMessage(in, application, layout.messages.back());
+    layout.endsInside = readMessage(in, application, layout);
     if (layout.endsInside) break;
   }
   return layout;
