@@ -1,8 +1,8 @@
 #include "decode/DecodeCommand.h"
 
+#include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "common/Applications.h"

@@ -80,7 +80,9 @@ Mrp::MrpSm& Decoder::engine(MrpApplication application) {
 
 // What one received frame leaves behind until the receive path has
 // dispatched it; decoding stops before dispatch, so it is cleared here.
-void Decoder::clearFrameState(Mrp::MrpSm& engine) { engine.receivedFrame().parseResultsDelAll(); }
+void Decoder::clearFrameState(Mrp::MrpSm& engine) {
+  engine.receivedFrame().parseResultsDelAll();
+}
 
 DecodedFrame Decoder::describeMrpdu(unsigned frame, MrpApplication application,
                                     const std::vector<std::uint8_t>& mrpdu) {
