@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "decode/Decoder.h"
 #include "decode/FrameText.h"
 #include "support/MrpduFrames.h"
 
@@ -245,11 +246,30 @@ TEST(FrameFieldsTextTest, ShowsTheOctetsOfAnUnknownTypeAndWhereTheFrameEnds) {
             "        LeaveAllEvent: 0\n"
             "        NumberOfValues: 2\n"
             "        FirstValue: ab\n"
-            "    [the frame ends inside its ThreePackedEvents]\n");
+            "    [the frame ends short of its ThreePackedEvents]\n");
 }
 
 TEST(FrameFieldsTextTest, ASkippedFrameHasNone) {
   EXPECT_EQ(frameFieldsText(skipped(std::nullopt, "not an MSRP or MVRP frame")), "");
+}
+
+// Every frame cut at every octet is read by the engine and described, and
+// the description says where it ends.
+TEST(FrameFieldsTextTest, EveryCutOfAFrameIsDescribedUpToWhereItEnds) {
+  Decoder decoder;
+  const std::pair<Mrp::MrpApplication, std::vector<std::uint8_t>> frames[] = {
+      {kMsrp, MrpTest::Frames::kMsrpAllTypes}, {kMvrp, MrpTest::Frames::kMvrpTwoVectors}};
+  for (const auto& [application, whole] : frames) {
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+      const std::vector<std::uint8_t> cut(whole.begin(), whole.begin() + static_cast<long>(size));
+      const DecodedFrame decoded = decoder.describeMrpdu(1, application, cut);
+      const std::string fields = frameFieldsText(decoded);
+      const bool endsShortOf = fields.find("[the frame ends short of its ") != std::string::npos;
+      const bool counted = decoded.counters.malformedPkts > 0;
+      EXPECT_TRUE(endsShortOf || !counted) << "cut at " << size << ":\n" << fields;
+      EXPECT_FALSE(frameSummaryText(decoded, std::nullopt).empty());
+    }
+  }
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ Bytes cut(const Bytes& bytes, std::size_t size) {
 
 TEST(MrpduLayoutTest, ReadsEveryMessageAndVectorOfAWholePdu) {
   const MrpduLayout layout = MrpduLayout::read(kMsrp, kMsrpAllTypes);
-  EXPECT_EQ(layout.endsInside, nullptr);
+  EXPECT_EQ(layout.endsShortOf, nullptr);
   ASSERT_EQ(layout.protocolVersion, 0);
   ASSERT_EQ(layout.messages.size(), 4u);
   const MrpduLayout::Message& listener = layout.messages[2];
@@ -42,7 +42,7 @@ TEST(MrpduLayoutTest, ReadsEveryMessageAndVectorOfAWholePdu) {
 
 TEST(MrpduLayoutTest, MvrpMessagesHaveNoListLength) {
   const MrpduLayout layout = MrpduLayout::read(kMvrp, kMvrpTwoVectors);
-  EXPECT_EQ(layout.endsInside, nullptr);
+  EXPECT_EQ(layout.endsShortOf, nullptr);
   ASSERT_EQ(layout.messages.size(), 1u);
   EXPECT_FALSE(layout.messages[0].attributeListLength);
   ASSERT_EQ(layout.messages[0].vectors.size(), 2u);
@@ -53,15 +53,15 @@ struct CutCase {
   const char* name;
   Mrp::MrpApplication application;
   Bytes mrpdu;
-  std::string endsInside;
+  std::string endsShortOf;
 };
 
 class MrpduLayoutCutTest : public ::testing::TestWithParam<CutCase> {};
 
-TEST_P(MrpduLayoutCutTest, NamesTheFieldTheOctetsEndInside) {
+TEST_P(MrpduLayoutCutTest, NamesTheFieldTheOctetsEndShortOf) {
   const MrpduLayout layout = MrpduLayout::read(GetParam().application, GetParam().mrpdu);
-  ASSERT_NE(layout.endsInside, nullptr);
-  EXPECT_EQ(std::string(layout.endsInside), GetParam().endsInside);
+  ASSERT_NE(layout.endsShortOf, nullptr);
+  EXPECT_EQ(std::string(layout.endsShortOf), GetParam().endsShortOf);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -78,12 +78,12 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<CutCase>& info) { return std::string(info.param.name); });
 
 // Cut at every octet, the PDU reads as far as it goes and no further: it
-// ends whole only where a message (or the PDU) does.
-TEST(MrpduLayoutTest, EveryCutOfAPduEndsInsideAFieldOrAtAMessageEnd) {
-  const std::set<std::size_t> messageEnds = {1, 35, 78, 98, 111, kMsrpAllTypes.size()};
+// is whole only at its EndMark, or as a ProtocolVersion alone.
+TEST(MrpduLayoutTest, EveryCutOfAPduEndsInsideAField) {
+  const std::set<std::size_t> wholeAt = {1, kMsrpAllTypes.size()};
   for (std::size_t size = 0; size <= kMsrpAllTypes.size(); ++size) {
     const MrpduLayout layout = MrpduLayout::read(kMsrp, cut(kMsrpAllTypes, size));
-    EXPECT_EQ(layout.endsInside == nullptr, messageEnds.count(size) == 1) << "cut at " << size;
+    EXPECT_EQ(layout.endsShortOf == nullptr, wholeAt.count(size) == 1) << "cut at " << size;
     for (const MrpduLayout::Message& message : layout.messages) {
       for (const MrpduLayout::Vector& vector : message.vectors) {
         EXPECT_LE(vector.events.size(), vector.numberOfValues) << "cut at " << size;
@@ -96,8 +96,8 @@ TEST(MrpduLayoutTest, EveryCutOfAPduEndsInsideAFieldOrAtAMessageEnd) {
 }
 
 TEST(MrpduLayoutTest, AMessagesFirstVectorIsReadEvenWhenItsHeaderIsZero) {
-  const MrpduLayout layout = MrpduLayout::read(kMvrp, Bytes{0x00, 0x01, 0x02, 0x00, 0x00, 0x00, 0x0a, 0x00, 0x00});
-  EXPECT_EQ(layout.endsInside, nullptr);
+  const MrpduLayout layout = MrpduLayout::read(kMvrp, Bytes{0x00, 0x01, 0x02, 0x00, 0x00, 0x00, 0x0a, 0x00, 0x00, 0x00, 0x00});
+  EXPECT_EQ(layout.endsShortOf, nullptr);
   ASSERT_EQ(layout.messages.size(), 1u);
   ASSERT_EQ(layout.messages[0].vectors.size(), 1u);
   EXPECT_EQ(layout.messages[0].vectors[0].numberOfValues, 0);
@@ -109,7 +109,14 @@ TEST(MrpduLayoutTest, AZeroLengthTypeStillEndsWithItsOctets) {
   const MrpduLayout layout = MrpduLayout::read(kMvrp, Bytes{0x00, 0x07, 0x00, 0x00, 0x01, 0x24, 0x00, 0x01});
   ASSERT_EQ(layout.messages.size(), 1u);
   EXPECT_EQ(layout.messages[0].vectors.size(), 2u);
-  EXPECT_EQ(std::string(layout.endsInside), "ThreePackedEvents");
+  EXPECT_EQ(std::string(layout.endsShortOf), "ThreePackedEvents");
+}
+
+TEST(MrpduLayoutTest, AMessageWithoutThePdusEndMarkEndsInsideIt) {
+  const Bytes withoutEndMark = cut(MrpTest::Frames::kMvrpThreeVlans, MrpTest::Frames::kMvrpThreeVlans.size() - 2);
+  const MrpduLayout layout = MrpduLayout::read(kMvrp, withoutEndMark);
+  EXPECT_EQ(layout.messages.size(), 1u);
+  EXPECT_EQ(std::string(layout.endsShortOf), "EndMark");
 }
 
 }  // namespace

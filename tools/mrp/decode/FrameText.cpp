@@ -263,7 +263,7 @@ std::string frameFieldsText(const DecodedFrame& decoded) {
     if (message.attributeListLength) out.field(1, "AttributeListLength", std::to_string(*message.attributeListLength));
     for (const MrpduLayout::Vector& vector : message.vectors) vectorLines(out, decoded.application, message, vector);
   }
-  if (layout.endsInside) out.line(0, std::string("[the frame ends inside its ") + layout.endsInside + "]");
+  if (layout.endsShortOf) out.line(0, std::string("[the frame ends short of its ") + layout.endsShortOf + "]");
   return out.text();
 }
 

@@ -111,13 +111,15 @@ MrpduLayout MrpduLayout::read(Mrp::MrpApplication application, std::span<const s
   OctetCursor in(mrpdu);
   std::uint8_t version = 0;
   if (!in.takeU8(version)) {
-    layout.endsInside = "ProtocolVersion";
+    layout.endsShortOf = "ProtocolVersion";
     return layout;
   }
   layout.protocolVersion = version;
   while (in.left() > 0 && !in.takeEndMark()) {
-    layout.endsInside = readMessage(in, application, layout);
-    if (layout.endsInside) break;
+    layout.endsShortOf = readMessage(in, application, layout);
+    // Behind a message comes another or the PDU's EndMark.
+    if (!layout.endsShortOf && in.left() == 0) layout.endsShortOf = "EndMark";
+    if (layout.endsShortOf) break;
   }
   return layout;
 }

@@ -19,7 +19,7 @@ namespace MrpCli {
 //     Vector: LeaveAllEvent | NumberOfValues (2), FirstValue (AttributeLength),
 //             ThreePackedEvents ((n+2)/3), [FourPackedEvents ((n+3)/4), MSRP Listener]
 //     ... EndMark (2)
-//   ... EndMark (2), or the end of the PDU
+//   ... EndMark (2); a PDU of no message may end behind its ProtocolVersion
 class MrpduLayout {
  public:
   struct Vector {
@@ -43,9 +43,9 @@ class MrpduLayout {
 
   std::optional<std::uint8_t> protocolVersion;
   std::vector<Message> messages;
-  // The field the octets end inside ("FirstValue"); nullopt when the PDU
+  // The field the octets end short of ("FirstValue"); nullptr when the PDU
   // ends whole.
-  const char* endsInside = nullptr;
+  const char* endsShortOf = nullptr;
 };
 
 }  // namespace MrpCli
