@@ -1,4 +1,8 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 
@@ -7,6 +11,7 @@
 #include <vector>
 
 #include "MrpProgram.h"
+#include "decode/DecodeCommand.h"
 #include "common/Hex.h"
 #include "format/CaptureWriter.h"
 #include "support/FileBytes.h"
@@ -132,6 +137,79 @@ TEST(DecodeCommandTest, CountsThisFramesFaults) {
   EXPECT_NE(second.find("\"numOfMalformedPkts\": 1"), std::string::npos) << second;
 }
 
+const std::string kMvrpText = "1  MVRP  JoinIn VLAN 10-11, Lv VLAN 12\n";
+
+TEST(DecodeCommandTest, TextIsOneLinePerFrame) {
+  const DecodeRun run = decode({"--app", "mvrp", "--text"}, kMvrpHex + "\n" + kMvrpHex + "\n");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out, kMvrpText + "2  MVRP  JoinIn VLAN 10-11, Lv VLAN 12\n");
+}
+
+TEST(DecodeCommandTest, VerboseIsTextWithTheFieldsUnderEachLine) {
+  const DecodeRun run = decode({"--app", "mvrp", "--hex", kMvrpHex, "-V"});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(run.out, ::testing::StartsWith(kMvrpText + "    ProtocolVersion: 0\n    Message\n"));
+  EXPECT_EQ(decode({"--app", "mvrp", "--hex", kMvrpHex, "--verbose", "--text"}).out, run.out);
+}
+
+TEST(DecodeCommandTest, JsonIsTheDefaultForAProgramAndCanBeAskedFor) {
+  EXPECT_EQ(decode({"--app", "mvrp", "--hex", kMvrpHex, "--json"}).out, kMvrpJson);
+  EXPECT_EQ(decode({"--app", "mvrp", "--hex", kMvrpHex}).out, kMvrpJson);
+}
+
+struct FormCase {
+  const char* name;
+  bool text;
+  bool json;
+  bool verbose;
+  bool terminal;
+  MrpCli::DecodeCommand::Form form;
+};
+
+class DecodeFormTest : public ::testing::TestWithParam<FormCase> {};
+
+TEST_P(DecodeFormTest, FollowsTheOptionsThenTheTerminal) {
+  const FormCase& c = GetParam();
+  EXPECT_EQ(MrpCli::DecodeCommand::formOf(c.text, c.json, c.verbose, c.terminal), c.form);
+}
+
+using Form = MrpCli::DecodeCommand::Form;
+INSTANTIATE_TEST_SUITE_P(Options, DecodeFormTest,
+                         ::testing::Values(FormCase{"TerminalReadsText", false, false, false, true, Form::text},
+                                           FormCase{"ProgramReadsJson", false, false, false, false, Form::json},
+                                           FormCase{"TextOnAPipe", true, false, false, false, Form::text},
+                                           FormCase{"JsonOnATerminal", false, true, false, true, Form::json},
+                                           FormCase{"VerboseOnAPipe", false, false, true, false, Form::verbose},
+                                           FormCase{"VerboseWithText", true, false, true, true, Form::verbose}),
+                         [](const ::testing::TestParamInfo<FormCase>& info) { return std::string(info.param.name); });
+
+// The mrp program itself with its standard output on a terminal (a pty):
+// what it printed, the terminal's line ends made "\n" again.
+std::string onTerminal(const std::vector<std::string>& args) {
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    std::vector<char*> argv{const_cast<char*>(MRP_PROGRAM)};
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    execv(MRP_PROGRAM, argv.data());
+    _exit(127);
+  }
+  std::string text;
+  char buffer[4096];
+  // The terminal reads end (EIO) once the child has closed its side.
+  for (ssize_t n; (n = read(terminal, buffer, sizeof buffer)) > 0;) text.append(buffer, static_cast<std::size_t>(n));
+  close(terminal);
+  waitpid(child, nullptr, 0);
+  for (std::size_t at; (at = text.find("\r\n")) != std::string::npos;) text.erase(at, 1);
+  return text;
+}
+
+TEST(DecodeCommandTest, TextIsTheDefaultOnATerminal) {
+  EXPECT_EQ(onTerminal({"decode", "--app", "mvrp", "--hex", kMvrpHex}), kMvrpText);
+  EXPECT_EQ(onTerminal({"decode", "--app", "mvrp", "--hex", kMvrpHex, "--json"}), kMvrpJson);
+}
+
 struct BadArguments {
   std::vector<std::string> args;
   std::string input;
@@ -164,7 +242,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadArguments{{"--frobnicate"}, "", "The following argument was not expected: --frobnicate" + kSeeHelp},
         BadArguments{{"a.pcap", "b.pcap"}, "", "The following argument was not expected: b.pcap" + kSeeHelp},
         BadArguments{{"--app", "msrp", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp},
-        BadArguments{{"--hex", "00", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp}));
+        BadArguments{{"--hex", "00", "a.pcap"}, "", "a capture file takes no --app or --hex" + kSeeHelp},
+        BadArguments{{"--app", "mvrp", "--text", "--json"}, "", "--json takes no --text or --verbose" + kSeeHelp},
+        BadArguments{{"a.pcap", "--json", "-V"}, "", "--json takes no --text or --verbose" + kSeeHelp}));
 
 class DecodePcapTest : public ::testing::Test {
  protected:

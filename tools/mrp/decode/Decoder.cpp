@@ -3,10 +3,7 @@
 #include "AttributeValue.h"
 #include "MrpModel/MrpWireFormat.h"
 #include "MrpSm/MrpSmRecords.h"
-#include "common/Applications.h"
-#include "common/Hex.h"
 #include "quarn/ClockScope.h"
-#include "report/RegistrationText.h"
 #include "velo/EthHdr.h"
 #include "velo/Pkt.h"
 
@@ -16,51 +13,52 @@ namespace {
 
 using Mrp::MrpApplication;
 
-struct FrameCounters {
-  std::uint64_t incorrectPduVersion;
-  std::uint64_t unknownAttributeType;
-  std::uint64_t malformedPkts;
-  std::uint64_t unknownApplication;
-};
-
-FrameCounters countersOf(const Mrp::MrpCounters& c) {
+DecodedCounters countersOf(const Mrp::MrpCounters& c) {
   return {c.numOfIncorrectPduVersion(), c.numOfUnknownAttributeType(), c.numOfMalformedPkts(),
           c.numOfUnknownApplication()};
 }
 
-using Json = nlohmann::ordered_json;
+DecodedCounters countedSince(const DecodedCounters& before, const DecodedCounters& after) {
+  return {after.incorrectPduVersion - before.incorrectPduVersion,
+          after.unknownAttributeType - before.unknownAttributeType, after.malformedPkts - before.malformedPkts,
+          after.unknownApplication - before.unknownApplication};
+}
 
-Json attributesOf(MrpApplication application, const Mrp::MrpSm& engine, const Mrp::MrpReceivedFrame::KeyQueue& keys) {
-  Json attributes = Json::array();
+std::vector<DecodedAttribute> attributesOf(MrpApplication application, const Mrp::MrpSm& engine,
+                                           const Mrp::MrpReceivedFrame::KeyQueue& keys) {
+  std::vector<DecodedAttribute> attributes;
   for (const auto& [index, key] : keys) {
     Quarn::Ptr<Mrp::MrpParsedAttribute> parsed = engine.receivedFrame().mrpParsedAttribute(key);
-    std::vector<std::uint8_t> octets;
-    for (std::size_t i = 0; parsed && i < parsed->attributeValues().size(); ++i) {
-      octets.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
+    DecodedAttribute attribute;
+    attribute.type = key.attributeType;
+    attribute.key = key.attributeKey;
+    if (parsed) {
+      attribute.event = parsed->attributeEvent();
+      for (std::size_t i = 0; i < parsed->attributeValues().size(); ++i) {
+        attribute.octets.push_back(parsed->attributeValue(Mrp::ValueIndex(static_cast<unsigned>(i))));
+      }
     }
-    const auto known = MrpAgent::AttributeValue::fromOctets(application, key.attributeType, octets);
-    // A Listener's stored octets end in its declaration, which has a field
-    // of its own: "value" is the FirstValue, as in the other outputs.
-    const std::vector<std::uint8_t> value = known ? known->firstValue() : octets;
-    Json attribute = {{"type", unsigned{key.attributeType}},
-                      {"key", attributeKeyJson(key.attributeKey)},
-                      {"event", parsed ? unsigned{parsed->attributeEvent()} : 0u},
-                      {"value", hexEncode(value.data(), value.size())}};
-    if (known) valueFieldsJsonAdd(attribute, *known);
+    attribute.value = MrpAgent::AttributeValue::fromOctets(application, key.attributeType, attribute.octets);
     attributes.push_back(std::move(attribute));
   }
   return attributes;
 }
 
-Json leaveAllOf(const Mrp::MrpSm& engine) {
-  Json types = Json::array();
+std::vector<std::uint8_t> leaveAllOf(const Mrp::MrpSm& engine) {
+  std::vector<std::uint8_t> types;
   for (const auto& [type, leaveAll] : engine.receivedFrame().mrpRxLeaveAll()) {
-    if (leaveAll) types.push_back(unsigned{type});
+    if (leaveAll) types.push_back(type);
   }
   return types;
 }
 
-Json skipped(unsigned frame, const char* reason) { return {{"frame", frame}, {"skipped", reason}}; }
+DecodedFrame skipped(unsigned frame, std::optional<Velo::EthAddr> source, const char* reason) {
+  DecodedFrame decoded;
+  decoded.frame = frame;
+  decoded.source = source;
+  decoded.skipped = reason;
+  return decoded;
+}
 
 }  // namespace
 
@@ -86,29 +84,25 @@ void Decoder::clearFrameState(Mrp::MrpSm& engine) {
   engine.receivedFrame().parseResultsDelAll();
 }
 
-Json Decoder::decodeMrpdu(unsigned frame, MrpApplication application, const std::vector<std::uint8_t>& mrpdu) {
+DecodedFrame Decoder::describeMrpdu(unsigned frame, MrpApplication application,
+                                    const std::vector<std::uint8_t>& mrpdu) {
   Mrp::MrpSm& e = engine(application);
-  const FrameCounters before = countersOf(*e.mrpCounters());
+  const DecodedCounters before = countersOf(*e.mrpCounters());
   const std::uint32_t eventsBefore = e.parseContext()->eventsCounter();
 
   e.parseMrpdu(Velo::Pkt::pktNew(mrpdu.data(), mrpdu.size()));
 
-  const FrameCounters after = countersOf(*e.mrpCounters());
-  Json description = {
-      {"frame", frame},
-      {"application", applicationName(application)},
-      {"leaveAll", leaveAllOf(e)},
-      {"domain", attributesOf(application, e, e.receivedFrame().msrpParsedDomainKey())},
-      {"attributes", attributesOf(application, e, e.receivedFrame().mrpParsedAttributeKey())},
-      {"events", static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore)},
-      {"counters",
-       {{"numOfIncorrectPduVersion", after.incorrectPduVersion - before.incorrectPduVersion},
-        {"numOfUnknownAttributeType", after.unknownAttributeType - before.unknownAttributeType},
-        {"numOfMalformedPkts", after.malformedPkts - before.malformedPkts},
-        {"numOfUnknownApplication", after.unknownApplication - before.unknownApplication}}},
-  };
+  DecodedFrame decoded;
+  decoded.frame = frame;
+  decoded.application = application;
+  decoded.mrpdu = mrpdu;
+  decoded.leaveAllTypes = leaveAllOf(e);
+  decoded.domain = attributesOf(application, e, e.receivedFrame().msrpParsedDomainKey());
+  decoded.attributes = attributesOf(application, e, e.receivedFrame().mrpParsedAttributeKey());
+  decoded.events = static_cast<std::uint32_t>(e.parseContext()->eventsCounter() - eventsBefore);
+  decoded.counters = countedSince(before, countersOf(*e.mrpCounters()));
   clearFrameState(e);
-  return description;
+  return decoded;
 }
 
 std::optional<Decoder::MrpduPlace> Decoder::mrpduPlaceOf(std::span<const std::uint8_t> ethernetFrame) {
@@ -127,12 +121,15 @@ std::optional<Decoder::MrpduPlace> Decoder::mrpduPlaceOf(std::span<const std::ui
   return std::nullopt;
 }
 
-Json Decoder::decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
-  if (ethernetFrame.size() < Velo::EthHdr::kSize) return skipped(frame, "shorter than an Ethernet header");
+DecodedFrame Decoder::describeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+  const auto header = Velo::EthHdr::fromBytes(ethernetFrame.data(), ethernetFrame.size());
+  if (!header) return skipped(frame, std::nullopt, "shorter than an Ethernet header");
   const auto place = mrpduPlaceOf(ethernetFrame);
-  if (!place) return skipped(frame, "not an MSRP or MVRP frame");
-  return decodeMrpdu(frame, place->application,
-                     {ethernetFrame.begin() + static_cast<long>(place->offset), ethernetFrame.end()});
+  if (!place) return skipped(frame, header->src(), "not an MSRP or MVRP frame");
+  DecodedFrame decoded = describeMrpdu(frame, place->application,
+                                       {ethernetFrame.begin() + static_cast<long>(place->offset), ethernetFrame.end()});
+  decoded.source = header->src();
+  return decoded;
 }
 
 std::size_t Decoder::leaveAllsIn(std::span<const std::uint8_t> ethernetFrame) {

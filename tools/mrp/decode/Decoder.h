@@ -2,22 +2,22 @@
 
 #include <cstdint>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "MrpModel/MrpApplication.h"
 #include "MrpSm/MrpSm.h"
+#include "decode/DecodedFrame.h"
 #include "quarn/Clock.h"
 
 namespace MrpCli {
 
 // Runs MRPDUs through the engine's own parser, as the receive path would on
 // one engine per application (no sockets), and describes what each frame
-// left behind as one JSON object.
+// left behind: as a DecodedFrame, or as its JSON object.
 class Decoder {
  public:
   // The engines' timers run on a simulated clock of the decoder's own, which
@@ -28,11 +28,19 @@ class Decoder {
   Decoder& operator=(const Decoder&) = delete;
 
   // One MRPDU, from its ProtocolVersion octet.
-  nlohmann::ordered_json decodeMrpdu(unsigned frame, Mrp::MrpApplication application,
-                                     const std::vector<std::uint8_t>& mrpdu);
+  DecodedFrame describeMrpdu(unsigned frame, Mrp::MrpApplication application, const std::vector<std::uint8_t>& mrpdu);
   // One Ethernet frame: the application is chosen by destination address and
   // EtherType (behind at most one VLAN tag); other frames are skipped.
-  nlohmann::ordered_json decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+  DecodedFrame describeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame);
+
+  // The same, as decodedFrameJson writes them.
+  nlohmann::ordered_json decodeMrpdu(unsigned frame, Mrp::MrpApplication application,
+                                     const std::vector<std::uint8_t>& mrpdu) {
+    return decodedFrameJson(describeMrpdu(frame, application, mrpdu));
+  }
+  nlohmann::ordered_json decodeFrame(unsigned frame, const std::vector<std::uint8_t>& ethernetFrame) {
+    return decodedFrameJson(describeFrame(frame, ethernetFrame));
+  }
   // The attribute types an Ethernet frame declares a LeaveAll for, counted;
   // 0 for a frame that is no MSRP or MVRP frame. Parses only.
   std::size_t leaveAllsIn(std::span<const std::uint8_t> ethernetFrame);

@@ -24,6 +24,16 @@ int fail(std::ostream& err, const std::string& message) {
   return kBadInput;
 }
 
+// An option check that accepts a MAC address; its message names what was given.
+CLI::Validator macAddress() {
+  return CLI::Validator(
+      [](std::string& value) -> std::string {
+        if (Velo::EthAddr::fromString(value)) return "";
+        return "not a MAC address '" + value + "' (like 00:1b:21:aa:bb:01)";
+      },
+      "");
+}
+
 struct MrpFrame {
   Quarn::Seconds seconds;
   Mrp::MrpApplication application;
@@ -42,6 +52,18 @@ ReplayCommand::ReplayCommand(CLI::App& program)
           "Replay only this application's frames (both by default)")
       ->type_name("msrp|mvrp")
       ->check(knownApplication());
+  command_
+      ->add_option_function<std::string>(
+          "--from", [this](const std::string& text) { from_ = Velo::EthAddr::fromString(text); },
+          "Replay only the frames this station sent")
+      ->type_name("MAC")
+      ->check(macAddress());
+  command_
+      ->add_option_function<std::string>(
+          "--to", [this](const std::string& text) { to_ = Velo::EthAddr::fromString(text); },
+          "Replay only the frames this station heard: those it did not send")
+      ->type_name("MAC")
+      ->check(macAddress());
   command_->add_option("--out", outFile_, "Write what the bridge sent to a pcap file")->type_name("OUT.pcap");
   command_->add_flag("--json", json_, "Print the timeline as JSON lines");
   command_->add_flag("--no-leaveall", noLeaveAll_,
@@ -49,10 +71,29 @@ ReplayCommand::ReplayCommand(CLI::App& program)
   command_->footer(
       "Each frame arrives at the capture's time from the first frame on; the bridge runs the\n"
       "applications the capture carries. Its own LeaveAll timer is set past the end of the\n"
-      "capture: the capture's peers could not answer its LeaveAll.");
+      "capture: the capture's peers could not answer its LeaveAll.\n"
+      "A capture of a link holds what both its ends sent; --from MAC replays one end's frames\n"
+      "(what its neighbour heard), --to MAC the other's (what the station MAC heard).");
+  command_->final_callback([this] {
+    if (from_ && to_) throw CLI::ValidationError("--from and --to cannot be given together");
+  });
 }
 
 bool ReplayCommand::chosen() const { return command_->parsed(); }
+
+bool ReplayCommand::replays(const Velo::EthAddr& source) const {
+  if (from_) return source == *from_;
+  if (to_) return source != *to_;
+  return true;
+}
+
+std::string ReplayCommand::framesWanted() const {
+  std::string text = application_ ? applicationName(*application_) : "MSRP or MVRP";
+  text.append(" frame");
+  if (from_) text.append(" from ").append(from_->toString());
+  if (to_) text.append(" not from ").append(to_->toString());
+  return text;
+}
 
 int ReplayCommand::run(std::ostream& out, std::ostream& err) const {
   CaptureReader reader(file_);
@@ -60,15 +101,13 @@ int ReplayCommand::run(std::ostream& out, std::ostream& err) const {
   std::vector<MrpFrame> frames;
   unsigned count = 0;
   while (auto captured = reader.next()) {
-    const auto application = applicationNamed(decoder.decodeFrame(++count, captured->bytes).value("application", ""));
-    if (!application || (application_ && *application != *application_)) continue;
-    frames.push_back({captured->seconds, *application, std::move(captured->bytes)});
+    const DecodedFrame decoded = decoder.describeFrame(++count, captured->bytes);
+    if (decoded.skipped || (application_ && decoded.application != *application_)) continue;
+    if (!replays(*decoded.source)) continue;
+    frames.push_back({captured->seconds, decoded.application, std::move(captured->bytes)});
   }
   if (!reader.ok()) return fail(err, reader.error());
-  if (frames.empty()) {
-    return fail(err, file_ + ": no " + (application_ ? applicationName(*application_) : std::string("MSRP or MVRP")) +
-                         " frame");
-  }
+  if (frames.empty()) return fail(err, file_ + ": no " + framesWanted());
 
   Scenario scenario;
   for (const MrpFrame& frame : frames) {

@@ -9,14 +9,10 @@
 
 namespace MrpCli {
 
-namespace {
-
 std::string talkerText(const Mrp::MsrpTalkerAdvertiseAttribute& talker) {
   return streamIdText(talker.streamId()) + " (" + talker.frame().dmac().toString() + ", VLAN " +
          std::to_string(talker.frame().vlanId()) + ")";
 }
-
-}  // namespace
 
 std::string streamIdText(std::uint64_t streamId) {
   std::string text;

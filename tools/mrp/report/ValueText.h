@@ -16,6 +16,8 @@ namespace MrpCli {
 // "VLAN 10", "talker 00:1b:21:00:00:01:00:01 (91:e0:f0:00:fe:01, VLAN 2)",
 // "listener 00:1b:21:00:00:01:00:01 ready", "domain class 6 (priority 3, VLAN 2)".
 std::string valueText(const MrpAgent::AttributeValue& value);
+// A talker's stream, destination and VLAN: "00:1b:21:00:00:01:00:01 (91:e0:f0:00:fe:01, VLAN 2)".
+std::string talkerText(const Mrp::MsrpTalkerAdvertiseAttribute& talker);
 // "VLAN", "talker advertise", "talker failed", "listener", "domain"; the
 // number for a type the application does not have.
 std::string attributeTypeText(Mrp::MrpApplication application, std::uint8_t attributeType);
