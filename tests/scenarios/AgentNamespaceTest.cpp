@@ -503,6 +503,11 @@ TEST_F(AgentNamespaceTest, MetricsOfTheLoopbackAndTheCountersOfCtlTellTheSame) {
   })) << b->process().out();
   const MrpRun after = b->ctl({"counters", "--json"});
   expectPortsAddUpToTheEngines(nlohmann::json::parse(after.out, nullptr, false));
+
+  // The web server's threads leave SIGTERM to the agent, which stops as always.
+  b->process().signal(SIGTERM);
+  EXPECT_EQ(b->process().exitStatus(10), 0) << b->process().err();
+  EXPECT_THAT(b->process().out(), ::testing::HasSubstr("withdraw talker 00:1b:21:00:00:01:00:02"));
 }
 
 }  // namespace

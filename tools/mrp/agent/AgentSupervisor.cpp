@@ -66,6 +66,8 @@ AgentSupervisor::AgentSupervisor(Options options, Timeline& timeline, std::ostre
     workers_.emplace_back(application, nullptr);
     workers_.back().second = std::make_unique<WorkerProcess>(loop_, applicationName(application), start, this, log_);
   }
+  // Made after the signals are blocked: the web server's threads inherit
+  // the mask, so SIGTERM and SIGINT reach the signal watcher alone.
   if (options_.metricsAddress) {
     metrics_ = std::make_unique<MetricsServer>(loop_, *options_.metricsAddress, [this] { return doCounters().result; });
   }
