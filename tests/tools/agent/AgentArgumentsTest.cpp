@@ -62,8 +62,8 @@ INSTANTIATE_TEST_SUITE_P(
                    fileWith([](AgentSettings& s) { s.controlPath = "/tmp/cli.sock"; })},
         // --json has no "off": the file's true stays.
         Precedence{"Json", given([](AgentArguments& a) { a.json = true; }), fileSettings()},
-        Precedence{"Metrics", given([](AgentArguments& a) { a.metricsAddress = "[::1]:9100"; }),
-                   fileWith([](AgentSettings& s) { s.metricsAddress = "[::1]:9100"; })}),
+        Precedence{"Metrics", given([](AgentArguments& a) { a.metricsAddress = "127.0.0.2:9100"; }),
+                   fileWith([](AgentSettings& s) { s.metricsAddress = "127.0.0.2:9100"; })}),
     [](const auto& info) { return info.param.name; });
 
 TEST(AgentArgumentsJsonTest, TheFlagTurnsJsonOnOverAFileThatLeavesItOff) {

@@ -111,10 +111,12 @@ INSTANTIATE_TEST_SUITE_P(
         BadStart{{}, "{}", "mrp agent: --ports is required" + kTryHelp},
         BadStart{{"--ports", "eth1,eth2,eth1"}, "{}", "mrp agent: --ports: 'eth1' is named twice" + kTryHelp},
         BadStart{{"--ports", "eth1", "--metrics", "localhost"}, "{}",
-                 "mrp agent: --metrics: 'localhost' is not ADDR:PORT (e.g. 127.0.0.1:9464, [::1]:9464 or "
+                 "mrp agent: --metrics: 'localhost' is not ADDR:PORT (e.g. 127.0.0.1:9464 or "
                  "localhost:9464)" + kTryHelp},
-        BadStart{{"--ports", "eth1", "--metrics", "[::1]:70000"}, "{}",
-                 "mrp agent: --metrics: '[::1]:70000': the port is not a number 1-65535" + kTryHelp},
+        BadStart{{"--ports", "eth1", "--metrics", "[::1]:9464"}, "{}",
+                 "mrp agent: --metrics: '[::1]:9464': the metrics are served over IPv4 only" + kTryHelp},
+        BadStart{{"--ports", "eth1", "--metrics", "127.0.0.1:70000"}, "{}",
+                 "mrp agent: --metrics: '127.0.0.1:70000': the port is not a number 1-65535" + kTryHelp},
         BadStart{{"--config", "FILE"}, R"({"leaveTime": 0.3})",
                  "mrp agent: FILE: no ports (name them under \"ports\" or with --ports)"},
         BadStart{{"--config", "FILE"}, R"({"ports": {"eth1": {}, "eth1": {}}})",
@@ -124,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadStart{{"--config", "FILE"}, R"({"ports": {"eth1": {"leaveAllTime": 0}}})",
                  "mrp agent: FILE: ports.eth1.leaveAllTime: 0 is not a period (more than 0 seconds is needed)"},
         BadStart{{"--config", "FILE", "--metrics", "127.0.0.1:9464"}, R"({"ports": {"eth1": {}}, "metrics": ":1"})",
-                 "mrp agent: FILE: metrics: ':1' is not ADDR:PORT (e.g. 127.0.0.1:9464, [::1]:9464 or "
+                 "mrp agent: FILE: metrics: ':1' is not ADDR:PORT (e.g. 127.0.0.1:9464 or "
                  "localhost:9464)"}));
 
 }  // namespace

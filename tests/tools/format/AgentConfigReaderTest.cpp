@@ -65,13 +65,13 @@ TEST(AgentConfigReaderTest, ABridgeIdOfNullIsTheDefault) {
 TEST(AgentSettingsReaderTest, ReadsEveryKeyOfTheAgentItself) {
   const AgentSettings settings = agentSettingsFromJson(
       R"({"ports": {"eth2": {"leaveTime": 0.3}, "eth1": {"leaveTime": 0.3}}, "apps": ["msrp"],
-          "control": "/tmp/agent.sock", "json": true, "metrics": "[::1]:9464", "leaveTime": 0.3})",
+          "control": "/tmp/agent.sock", "json": true, "metrics": "127.0.0.1:9464", "leaveTime": 0.3})",
       {});
   EXPECT_EQ(settings.ports, (std::vector<std::string>{"eth2", "eth1"}));
   EXPECT_EQ(settings.applications, (std::vector<std::string>{"msrp"}));
   EXPECT_EQ(settings.controlPath, "/tmp/agent.sock");
   EXPECT_TRUE(settings.json);
-  EXPECT_EQ(settings.metricsAddress, "[::1]:9464");
+  EXPECT_EQ(settings.metricsAddress, "127.0.0.1:9464");
 }
 
 TEST(AgentSettingsReaderTest, WhatTheFileLeavesOutHasItsDefault) {
@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadSettings{R"({"json": "yes"})", kPorts, "json: true or false is needed"},
         BadSettings{R"({"metrics": 9464})", kPorts, "metrics: a string is needed"},
         BadSettings{R"({"metrics": "localhost"})", kPorts,
-                    "metrics: 'localhost' is not ADDR:PORT (e.g. 127.0.0.1:9464, [::1]:9464 or localhost:9464)"},
+                    "metrics: 'localhost' is not ADDR:PORT (e.g. 127.0.0.1:9464 or localhost:9464)"},
         BadSettings{R"({"metrics": "127.0.0.1:0"})", kPorts, "metrics: '127.0.0.1:0': the port is not a number 1-65535"},
         BadSettings{R"({"leaveTime": 0})", kPorts, "leaveTime: " + kPeriod},
         BadSettings{R"({"leaveAllTime": 0})", kPorts, "leaveAllTime: " + kPeriod},

@@ -38,11 +38,11 @@ bool isHostName(std::string_view name) {
   }
 }
 
-bool isHost(std::string_view host) {
-  if (host.size() >= 2 && host.front() == '[' && host.back() == ']') {
-    return isAddress(AF_INET6, host.substr(1, host.size() - 2));
-  }
-  return isAddress(AF_INET, host) || isHostName(host);
+bool isHost(std::string_view host) { return isAddress(AF_INET, host) || isHostName(host); }
+
+bool isBracketedIpv6(std::string_view host) {
+  return host.size() >= 2 && host.front() == '[' && host.back() == ']' &&
+         isAddress(AF_INET6, host.substr(1, host.size() - 2));
 }
 
 bool isPort(std::string_view text) {
@@ -58,12 +58,12 @@ std::optional<std::string> listenAddressFault(std::string_view text) {
   const std::size_t colon = text.rfind(':');
   // "[::1]" has colons, but no port.
   if (colon == std::string_view::npos || colon == 0 || text.find(']', colon) != std::string_view::npos) {
-    return quoted + " is not ADDR:PORT (e.g. 127.0.0.1:9464, [::1]:9464 or localhost:9464)";
+    return quoted + " is not ADDR:PORT (e.g. 127.0.0.1:9464 or localhost:9464)";
   }
   const std::string_view host = text.substr(0, colon);
-  if (!isHost(host)) {
-    return quoted + ": '" + std::string(host) + "' is not an IPv4 address, an IPv6 address in brackets or a host name";
-  }
+  // The web server the metrics are served with is built without IPv6.
+  if (isBracketedIpv6(host)) return quoted + ": the metrics are served over IPv4 only";
+  if (!isHost(host)) return quoted + ": '" + std::string(host) + "' is not an IPv4 address or a host name";
   if (!isPort(text.substr(colon + 1))) return quoted + ": the port is not a number 1-65535";
   return std::nullopt;
 }

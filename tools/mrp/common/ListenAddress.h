@@ -10,9 +10,9 @@ class Validator;
 
 namespace MrpCli {
 
-// Why `text` is not an address to listen on, ADDR:PORT with ADDR an IPv4
-// address, an IPv6 address in brackets or a host name and PORT 1-65535
-// ("127.0.0.1:9464", "[::1]:9464", "localhost:9464"); nullopt when it is.
+// Why `text` is not an address to serve the metrics on, ADDR:PORT with ADDR
+// an IPv4 address or a host name and PORT 1-65535 ("127.0.0.1:9464",
+// "localhost:9464"); nullopt when it is.
 std::optional<std::string> listenAddressFault(std::string_view text);
 // An option check that accepts ADDR:PORT.
 CLI::Validator listenAddress();
