@@ -10,15 +10,14 @@
 #include <cstring>
 
 #include <algorithm>
-#include <fstream>
 #include <memory>
 #include <ostream>
-#include <sstream>
 #include <system_error>
 
 #include "agent/Agent.h"
 #include "agent/AgentSupervisor.h"
 #include "common/Applications.h"
+#include "common/TextFile.h"
 #include "common/InterfaceName.h"
 #include "common/ListenAddress.h"
 #include "format/AgentConfigReader.h"
@@ -111,16 +110,15 @@ int AgentCommand::run(std::ostream& out, std::ostream& err) const {
   AgentSettings settings;
   std::string configText = "{}";
   if (arguments_.configFile) {
-    std::ifstream in(*arguments_.configFile, std::ios::binary);
-    if (!in) return fail(err, "cannot open '" + *arguments_.configFile + "'", kBadInput);
-    std::ostringstream text;
-    text << in.rdbuf();
+    std::string error;
+    const std::optional<std::string> text = textFileRead(*arguments_.configFile, error);
+    if (!text) return fail(err, error, kBadInput);
     try {
-      settings = agentSettingsFromJson(text.str(), arguments_.ports);
-    } catch (const JsonInputError& error) {
-      return fail(err, *arguments_.configFile + ": " + error.what(), kBadInput);
+      settings = agentSettingsFromJson(*text, arguments_.ports);
+    } catch (const JsonInputError& fault) {
+      return fail(err, *arguments_.configFile + ": " + fault.what(), kBadInput);
     }
-    configText = text.str();
+    configText = *text;
   }
   settings = arguments_.over(std::move(settings));
   if (const auto refusal = packetSocketRefusal()) {
