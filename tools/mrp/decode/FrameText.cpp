@@ -169,7 +169,7 @@ std::optional<AttributeValue> firstValueOf(Mrp::MrpApplication application, cons
 // Listener's declaration is not there to read.
 std::string vectorEventText(const std::optional<AttributeValue>& first, const MrpduLayout::Vector& vector,
                             std::size_t index) {
-  std::string text = "[" + std::to_string(index) + "] ";
+  std::string text = std::string("[").append(std::to_string(index)).append("] ");
   const bool declared = !first || !std::holds_alternative<Mrp::MsrpListenerAttribute>(first->record()) ||
                         index < vector.declarations.size();
   if (!first || !declared) return text.append(eventText(vector.events[index]));
