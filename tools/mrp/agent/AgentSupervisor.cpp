@@ -69,7 +69,9 @@ AgentSupervisor::AgentSupervisor(Options options, Timeline& timeline, std::ostre
   // Made after the signals are blocked: the web server's threads inherit
   // the mask, so SIGTERM and SIGINT reach the signal watcher alone.
   if (options_.metricsAddress) {
-    metrics_ = std::make_unique<MetricsServer>(loop_, *options_.metricsAddress, [this] { return doCounters().result; });
+    metrics_ = std::make_unique<MetricsServer>(loop_, *options_.metricsAddress, [this] {
+      return mergedCountersJson(answersTo({{"ask", "counters"}}), options_.ports, workerRestarts());
+    });
   }
 }
 
@@ -240,10 +242,14 @@ ControlAnswer AgentSupervisor::doWithdraw(const ControlRequest& request) {
 
 ControlAnswer AgentSupervisor::doShow() { return mergedShow(answersTo({{"ask", "show"}}), options_.ports); }
 
-ControlAnswer AgentSupervisor::doCounters() {
+WorkerRestarts AgentSupervisor::workerRestarts() const {
   WorkerRestarts restarts;
   for (const auto& [application, worker] : workers_) restarts.emplace_back(application, worker->restarts());
-  return mergedCounters(answersTo({{"ask", "counters"}}), options_.ports, restarts);
+  return restarts;
+}
+
+ControlAnswer AgentSupervisor::doCounters() {
+  return mergedCounters(answersTo({{"ask", "counters"}}), options_.ports, workerRestarts());
 }
 
 ControlAnswer AgentSupervisor::doPorts() { return mergedPorts(answersTo({{"ask", "ports"}}), options_.ports); }

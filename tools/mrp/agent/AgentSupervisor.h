@@ -97,6 +97,7 @@ class AgentSupervisor : public WorkerProcess::Observer {
   ControlAnswer doWithdraw(const ControlRequest& request);
   ControlAnswer doShow();
   ControlAnswer doCounters();
+  WorkerRestarts workerRestarts() const;
   ControlAnswer doPorts();
   ControlAnswer doStreams();
   ControlAnswer doTrace(const ControlRequest& request);

@@ -148,11 +148,8 @@ class PortRows {
 
 }  // namespace
 
-ControlAnswer mergedCounters(const WorkerAnswers& answers, const std::vector<std::string>& ports,
-                             const WorkerRestarts& restarts) {
-  std::vector<std::string> heading{"port", "counter"};
-  for (const auto& [application, restarted] : restarts) heading.push_back(applicationName(application));
-  std::vector<std::vector<std::string>> rows{heading};
+Json mergedCountersJson(const WorkerAnswers& answers, const std::vector<std::string>& ports,
+                        const WorkerRestarts& restarts) {
   Json merged = {{"ports", Json::array()}, {"applications", Json::array()}};
   const auto answerOf = [&answers](Mrp::MrpApplication application) -> const Json* {
     for (const auto& [app, answer] : answers) {
@@ -161,11 +158,9 @@ ControlAnswer mergedCounters(const WorkerAnswers& answers, const std::vector<std
     return nullptr;
   };
   for (const std::string& port : ports) {
-    std::vector<const Json*> columns;
     for (const auto& [application, restarted] : restarts) {
       const Json* answer = answerOf(application);
       const Json* entry = answer ? portCountersOf(*answer, port) : nullptr;
-      columns.push_back(entry);
       if (!entry) continue;
       Json counted = {{"port", port}, {"app", applicationName(application)}};
       for (const auto& [key, value] : entry->items()) {
@@ -173,25 +168,54 @@ ControlAnswer mergedCounters(const WorkerAnswers& answers, const std::vector<std
       }
       merged["ports"].push_back(std::move(counted));
     }
-    PortRows portRows(port, std::move(columns), rows);
-    portRows.addFixed();
-    portRows.addKeyed("registrations", "registered: ", "");
-    portRows.addKeyed("talkerFailedDeclared", "Talker Failed declared, code ", "");
-    portRows.addReservations();
   }
-  std::vector<std::string> restartRow{"", "worker restarts"};
   for (const auto& [application, restarted] : restarts) {
     const Json* answer = answerOf(application);
     merged["applications"].push_back({{"app", applicationName(application)},
                                       {"workerRestarts", restarted},
                                       {"engine", answer && answer->is_object() ? answer->value("engine", Json::object())
                                                                                : Json::object()}});
-    restartRow.push_back(std::to_string(restarted));
+  }
+  return merged;
+}
+
+namespace {
+
+// The table of what mergedCountersJson() gives: per port a row per counter,
+// a column per application.
+std::string countersTable(const Json& merged, const std::vector<std::string>& ports) {
+  std::vector<std::string> heading{"port", "counter"};
+  std::vector<std::string> restartRow{"", "worker restarts"};
+  for (const Json& application : merged["applications"]) {
+    heading.push_back(application["app"].get<std::string>());
+    restartRow.push_back(application["workerRestarts"].dump());
+  }
+  std::vector<std::vector<std::string>> rows{heading};
+  for (const std::string& port : ports) {
+    std::vector<const Json*> columns;
+    for (const Json& application : merged["applications"]) {
+      const auto entry = std::find_if(merged["ports"].begin(), merged["ports"].end(), [&](const Json& counted) {
+        return counted["port"] == port && counted["app"] == application["app"];
+      });
+      columns.push_back(entry != merged["ports"].end() ? &*entry : nullptr);
+    }
+    PortRows portRows(port, std::move(columns), rows);
+    portRows.addFixed();
+    portRows.addKeyed("registrations", "registered: ", "");
+    portRows.addKeyed("talkerFailedDeclared", "Talker Failed declared, code ", "");
+    portRows.addReservations();
   }
   rows.push_back(std::move(restartRow));
+  return textTable(rows);
+}
+
+}  // namespace
+
+ControlAnswer mergedCounters(const WorkerAnswers& answers, const std::vector<std::string>& ports,
+                             const WorkerRestarts& restarts) {
   ControlAnswer answer;
-  answer.result = std::move(merged);
-  answer.text = textTable(rows);
+  answer.result = mergedCountersJson(answers, ports, restarts);
+  answer.text = countersTable(answer.result, ports);
   return answer;
 }
 

@@ -22,6 +22,11 @@ using WorkerRestarts = std::vector<std::pair<Mrp::MrpApplication, unsigned>>;
 // application. Each takes what Agent's registrationsMessage(),
 // countersMessage() and portsMessage() give.
 ControlAnswer mergedShow(const WorkerAnswers& answers, const std::vector<std::string>& ports);
+// The counters, as the metrics read them: {"ports": [{"port", "app", <the
+// worker's counters of the port>}], "applications": [{"app",
+// "workerRestarts", "engine"}]}.
+nlohmann::ordered_json mergedCountersJson(const WorkerAnswers& answers, const std::vector<std::string>& ports,
+                                          const WorkerRestarts& restarts);
 // The counters: result {"ports": [{"port", "app", <the worker's counters of
 // the port>}], "applications": [{"app", "workerRestarts", "engine"}]}, and
 // as text a table of every port's counters, a column per application.
