@@ -11,6 +11,7 @@
   const LANE_HEIGHT = 16;
   const HEAD_HEIGHT = 16;
   const COLLAPSE_BEYOND = 12;
+  const TABLE_ROWS_OPEN = 200;
   const width = Math.max(600, Math.min(2000, window.innerWidth - LABEL_WIDTH - 60));
   const until = data.until > 0 ? data.until : 1;
 
@@ -167,13 +168,17 @@
     });
   }
 
+  // A bridge's tables, collapsed when long (thousands of VLANs on every port).
   function drawTables() {
     const section = document.getElementById('tables');
     const parts = [];
     data.tables.forEach(function (table) {
-      parts.push('<div class="tables" data-bridge="' + escaped(table.bridge) + '"><h3>' + escaped(table.bridge) +
-        '</h3><pre class="registrations">' + escaped(table.registrations) + '</pre>' +
-        (table.streams ? '<pre class="streams">' + escaped(table.streams) + '</pre>' : '') + '</div>');
+      const rows = (table.registrations.match(/\n/g) || []).length + (table.streams.match(/\n/g) || []).length;
+      parts.push('<details class="tables" data-bridge="' + escaped(table.bridge) + '"' +
+        (rows <= TABLE_ROWS_OPEN ? ' open' : '') + '><summary>' + escaped(table.bridge) +
+        ' <span class="count">' + rows + ' rows</span></summary><pre class="registrations">' +
+        escaped(table.registrations) + '</pre>' +
+        (table.streams ? '<pre class="streams">' + escaped(table.streams) + '</pre>' : '') + '</details>');
     });
     section.insertAdjacentHTML('beforeend', parts.join(''));
   }
