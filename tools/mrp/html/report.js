@@ -186,8 +186,10 @@
   function drawSummary() {
     let lanes = 0;
     data.ports.forEach(function (port) { port.tracks.forEach(function (track) { lanes += track.lanes.length; }); });
-    document.getElementById('summary').textContent = data.nodes.length + ' bridges and stations, ' +
-      data.links.length + ' links, ' + seconds(data.until) + ' s, ' + lanes + ' lanes';
+    const counted = function (n, one, many) { return n + ' ' + (n === 1 ? one : many); };
+    document.getElementById('summary').textContent = [counted(data.nodes.length, 'bridge', 'bridges and stations'),
+      counted(data.links.length, 'link', 'links'), seconds(data.until) + ' s', counted(lanes, 'lane', 'lanes')]
+      .join(', ');
   }
 
   // The line behind a mark or a stretch, shown at once beside the pointer.
