@@ -19,7 +19,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-PACKAGES=(cmake make g++ ccache googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang pkgconf libpcap-dev nlohmann-json3-dev libcli11-dev valgrind prometheus-cpp-dev libsystemd-dev systemd scdoc man-db bash-completion)
+PACKAGES=(cmake make g++ ccache googletest libgtest-dev libgmock-dev libbenchmark-dev tshark iproute2 clang pkgconf libpcap-dev nlohmann-json3-dev libcli11-dev valgrind prometheus-cpp-dev libsystemd-dev libgraphviz-dev libpng-dev chromium systemd scdoc man-db bash-completion)
 FUZZ_SECONDS=${FUZZ_SECONDS:-60}
 JOBS=$(nproc 2>/dev/null || echo 2)
 

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -154,6 +155,26 @@ INSTANTIATE_TEST_SUITE_P(
         BadReplay{"",
                   {"--from", "00:1b:21:aa:bb:01", "--to", "00:1b:21:aa:bb:02"},
                   "--from and --to cannot be given together \\(try 'mrp replay --help'\\)"}));
+
+}  // namespace
+}  // namespace MrpTest
+
+namespace MrpTest {
+namespace {
+
+TEST(ReplayCommandHtmlTest, WritesTheReportOfTheReplayingBridge) {
+  TempDir dir;
+  simJson({"--until", "5", "--pcap", dir.file("pcap")});
+  const MrpRun plain = mrp({"replay", dir.file("pcap/h1-e0_sw1-p1.pcap")});
+  const MrpRun reported = mrp({"replay", dir.file("pcap/h1-e0_sw1-p1.pcap"), "--html", dir.file("replay.html")});
+  EXPECT_EQ(reported.status, 0) << reported.err;
+  EXPECT_EQ(reported.out, plain.out);
+  std::ifstream page(dir.file("replay.html"));
+  std::stringstream text;
+  text << page.rdbuf();
+  EXPECT_NE(text.str().find("<title>mrp replay h1-e0_sw1-p1.pcap</title>"), std::string::npos);
+  EXPECT_NE(text.str().find("\"bridge\":\"replay\",\"port\":\"p1\""), std::string::npos);
+}
 
 }  // namespace
 }  // namespace MrpTest

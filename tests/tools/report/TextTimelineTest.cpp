@@ -358,3 +358,29 @@ TEST(TextTimelineLeaveAllTest, HidingLeaveAllLeavesEveryOtherRowAsItIs) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(TextTimelineTest, TheLineSinkHearsEachLineInItsPartsHeldVlansWhenWritten) {
+  std::vector<std::string> heard;
+  timeline.lineSinkIs([&heard](const TimelinePlace& place, const std::string& app, const std::string& event) {
+    heard.push_back(std::to_string(place.t).substr(0, 3) + "|" + place.port + "|" + app + "|" + event);
+  });
+  indicated(1, "p1", vlan(10), true);
+  indicated(1, "p1", vlan(11), true);
+  EXPECT_TRUE(heard.empty());
+  indicated(2, "p1", kDomain, true);
+  EXPECT_EQ(heard, (std::vector<std::string>{"1.0|p1|mvrp|join VLANs 10-11",
+                                             "2.0|p1|msrp|join domain class 6 (priority 3, VLAN 2)"}));
+}
+
+TEST_F(TextTimelineTest, RegisteredIsWhatAJoinWouldNotShowAgain) {
+  EXPECT_FALSE(timeline.registered(placeOf(1, "p1"), kDomain));
+  indicated(1, "p1", kDomain, true);
+  EXPECT_TRUE(timeline.registered(placeOf(2, "p1"), kDomain));
+  EXPECT_FALSE(timeline.registered(placeOf(2, "p2"), kDomain));
+  indicated(3, "p1", kDomain, false);
+  EXPECT_FALSE(timeline.registered(placeOf(4, "p1"), kDomain));
+}
+
+}  // namespace

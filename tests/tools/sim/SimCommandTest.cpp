@@ -147,3 +147,28 @@ TEST(SimCommandTest, NoLeaveAllLeavesTheJsonTimelineAsItIs) {
 
 }  // namespace
 }  // namespace MrpTest
+
+namespace MrpTest {
+namespace {
+
+TEST(SimCommandHtmlTest, WritesTheReportBesideAnUnchangedTimeline) {
+  TempDir dir;
+  const MrpRun plain = mrp({"sim", "--until", "20"});
+  const MrpRun reported = mrp({"sim", "--until", "20", "--html", dir.file("report.html")});
+  EXPECT_EQ(reported.status, 0) << reported.err;
+  EXPECT_EQ(reported.out, plain.out);
+  std::ifstream page(dir.file("report.html"));
+  std::string first;
+  std::getline(page, first);
+  EXPECT_EQ(first, "<!DOCTYPE html>");
+}
+
+TEST(SimCommandHtmlTest, AReportThatCannotBeWrittenIsOneLineAndStatusOne) {
+  TempDir dir;
+  const MrpRun run = mrp({"sim", "--until", "5", "--html", dir.file("missing/report.html")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "mrp sim: cannot write '" + dir.file("missing/report.html") + "': No such file or directory\n");
+}
+
+}  // namespace
+}  // namespace MrpTest

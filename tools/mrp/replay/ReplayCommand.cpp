@@ -3,12 +3,14 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <ostream>
 
 #include "common/Applications.h"
 #include "decode/Decoder.h"
 #include "format/CaptureReader.h"
+#include "html/ReportRecorder.h"
 #include "report/JsonTimeline.h"
 #include "report/TextTimeline.h"
 #include "sim/Simulation.h"
@@ -66,6 +68,10 @@ ReplayCommand::ReplayCommand(CLI::App& program)
       ->check(macAddress());
   command_->add_option("--out", outFile_, "Write what the bridge sent to a pcap file")->type_name("OUT.pcap");
   command_->add_flag("--json", json_, "Print the timeline as JSON lines");
+  command_->add_option("--html", htmlFile_,
+                       "Also write a picture of the replay to FILE: a timeline per application, the tables at the "
+                       "end; one HTML file that needs nothing else")
+      ->type_name("FILE");
   command_->add_flag("--no-leaveall", noLeaveAll_,
                      "Hide LeaveAll lines in the text timeline (the --json timeline keeps them)");
   command_->footer(
@@ -135,12 +141,16 @@ int ReplayCommand::run(std::ostream& out, std::ostream& err) const {
     timeline = std::make_unique<TextTimeline>(out, std::vector<std::string>{kBridge}, std::vector<std::string>{kPort},
                                               TextTimelineOptions{.hideLeaveAll = noLeaveAll_});
   }
+  ReportRecorder recorder(*timeline, htmlFile_, scenario,
+                          std::string("mrp replay ").append(std::filesystem::path(file_).filename().string()),
+                          scenario.until);
   {
-    Simulation simulation(scenario, *timeline);
+    Simulation simulation(scenario, recorder.timeline());
     if (capture) simulation.captureIs({kBridge, kPort}, capture, origin);
     simulation.run(scenario.until);
   }
-  timeline->flush();
+  std::string error;
+  if (!recorder.finish(error)) return fail(err, error);
   if (capture) {
     capture->flush();
     if (!capture->ok()) return fail(err, capture->error());

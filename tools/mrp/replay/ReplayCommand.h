@@ -14,9 +14,10 @@ class App;
 namespace MrpCli {
 
 // `mrp replay CAPTURE [--app mvrp|msrp] [--from MAC | --to MAC] [--out OUT.pcap]
-// [--json] [--no-leaveall]`: one bridge with one port receives every MRP
-// frame of a capture at its capture time (from the first frame on), and the
-// timeline tells what its engines indicated and sent. A capture of a link
+// [--json] [--no-leaveall] [--html FILE]`: one bridge with one port receives
+// every MRP frame of a capture at its capture time (from the first frame
+// on), and the timeline (and the HTML report) tells what its engines
+// indicated and sent. A capture of a link
 // holds the frames of both its ends: --from keeps those one station sent,
 // --to those it heard.
 class ReplayCommand {
@@ -51,6 +52,7 @@ class ReplayCommand {
   std::optional<std::string> outFile_;
   bool json_ = false;
   bool noLeaveAll_ = false;
+  std::optional<std::string> htmlFile_;
 };
 
 }  // namespace MrpCli

@@ -87,6 +87,7 @@ void TextTimeline::line(const TimelinePlace& place, const std::string& app, cons
   headingOnce();
   out_ << timeText(place) << kGap << padded(place.bridge, bridgeWidth_) << kGap << padded(place.port, portWidth_)
        << kGap << padded(app, kAppWidth) << kGap << event << '\n';
+  if (lineSink_) lineSink_(place, app, event);
 }
 
 void TextTimeline::row(const TimelinePlace& place, const std::string& app, const std::string& event) {
@@ -121,6 +122,12 @@ void TextTimeline::requested(const TimelinePlace& place, const MrpAgent::Attribu
   TimelinePlace shown = place;
   if (shown.port.empty()) shown.port = kEveryPort;
   valueRow(shown, value, withdraw ? "withdraw" : "declare", "");
+}
+
+bool TextTimeline::registered(const TimelinePlace& place, const MrpAgent::AttributeValue& value) const {
+  const auto it = registered_.find(
+      Registered{place.bridge, place.port, value.application(), value.attributeType(), value.attributeKey()});
+  return it != registered_.end() && it->second == value;
 }
 
 void TextTimeline::indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <optional>
@@ -55,6 +56,14 @@ class TextTimeline : public Timeline {
   TextTimeline(std::ostream& out, const std::vector<std::string>& bridges, const std::vector<std::string>& ports,
                TextTimelineOptions options = {});
 
+  // Each event line as it is written, in its parts: where and when, the
+  // application ("" for a link or a port), what happened in words. The HTML
+  // report shows these words beside its marks.
+  using LineSink = std::function<void(const TimelinePlace& place, const std::string& app, const std::string& event)>;
+  void lineSinkIs(LineSink sink) { lineSink_ = std::move(sink); }
+  // Whether the port has registered this value already: a join of it gets no line.
+  bool registered(const TimelinePlace& place, const MrpAgent::AttributeValue& value) const;
+
   void requested(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool withdraw) override;
   void indicated(const TimelinePlace& place, const MrpAgent::AttributeValue& value, bool join) override;
   void forgot(const TimelinePlace& place, const MrpAgent::AttributeValue& value,
@@ -98,6 +107,7 @@ class TextTimeline : public Timeline {
   std::optional<HeldVlans> held_;
 
   std::ostream& out_;
+  LineSink lineSink_;
   TextTimelineOptions options_;
   std::size_t timeWidth_;
   std::size_t bridgeWidth_;

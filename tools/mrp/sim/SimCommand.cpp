@@ -8,6 +8,7 @@
 
 #include "common/TextFile.h"
 #include "format/ScenarioReader.h"
+#include "html/ReportRecorder.h"
 #include "quarn/System.h"
 #include "report/JsonTimeline.h"
 #include "report/TextTimeline.h"
@@ -69,6 +70,10 @@ SimCommand::SimCommand(CLI::App& program)
             return "";
           },
           ""));
+  command_->add_option("--html", htmlFile_,
+                       "Also write a picture of the run to FILE: the network, a timeline per port and application, "
+                       "the tables at the end; one HTML file that needs nothing else")
+      ->type_name("FILE");
   command_->add_option("--pcap", pcapDir_, "Write each link's frames, both ways, to DIR/<a>-<port>_<b>-<port>.pcap")
       ->type_name("DIR");
   command_->add_option("--rss-every", rssEvery_,
@@ -123,8 +128,13 @@ int SimCommand::run(std::ostream& out, std::ostream& err) const {
     timeline = std::make_unique<TextTimeline>(out, bridgeNames(scenario), portNames(scenario),
                                               TextTimelineOptions{.hideLeaveAll = noLeaveAll_});
   }
+  const Quarn::Seconds until = until_.value_or(scenario.until);
+  ReportRecorder recorder(
+      *timeline, htmlFile_, scenario,
+      std::string("mrp sim ").append(file_ ? std::filesystem::path(*file_).filename().string() : "default network"),
+      until);
   {
-    Simulation simulation(scenario, *timeline);
+    Simulation simulation(scenario, recorder.timeline());
     for (const auto& [link, capture] : captures) {
       simulation.captureIs(link->a, capture);
       simulation.captureIs(link->b, capture);
@@ -132,9 +142,10 @@ int SimCommand::run(std::ostream& out, std::ostream& err) const {
     // Goes before the simulation, whose clock it runs on.
     std::optional<MemorySampler> sampler;
     if (rssEvery_) sampler.emplace(&Quarn::System::clock(), *rssEvery_, err);
-    simulation.run(until_.value_or(scenario.until));
+    simulation.run(until);
   }
-  timeline->flush();
+  std::string error;
+  if (!recorder.finish(error)) return fail(err, error, kFailed);
   for (const auto& [link, capture] : captures) {
     capture->flush();
     if (!capture->ok()) return fail(err, capture->error(), kFailed);
