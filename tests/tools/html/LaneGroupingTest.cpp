@@ -6,34 +6,33 @@
 #include <vector>
 
 namespace MrpTest {
+
+using MrpCli::ReportData;
+
 namespace {
 
-using MrpCli::ReportLane;
-using MrpCli::ReportMark;
-using MrpCli::ReportSegment;
-
 // A VLAN registered from `from` to `to`, its join mark standing for `line`.
-ReportLane vlan(std::uint16_t id, double from, double to, std::size_t line) {
-  return ReportLane{"vlan", id, "VLAN " + std::to_string(id), {{from, to, "IN"}}, {{from, "join", line, 1}}};
+ReportData::Lane vlan(std::uint16_t id, double from, double to, std::size_t line) {
+  return ReportData::Lane{"vlan", id, "VLAN " + std::to_string(id), {{from, to, "IN"}}, {{from, "join", line, 1}}};
 }
 
 struct GroupingCase {
   std::string name;
-  std::vector<ReportLane> lanes;
+  std::vector<ReportData::Lane> lanes;
   std::vector<std::string> labels;
 };
 
 class LaneGroupingTest : public ::testing::TestWithParam<GroupingCase> {};
 
 TEST_P(LaneGroupingTest, GroupsVlansThatBehaveAlike) {
-  MrpCli::ReportTrack track;
-  for (const ReportLane& lane : GetParam().lanes) track.lanes[{lane.kind, lane.key}] = lane;
+  MrpCli::ReportData::Track track;
+  for (const ReportData::Lane& lane : GetParam().lanes) track.lanes[{lane.kind, lane.key}] = lane;
   std::vector<std::string> labels;
-  for (const ReportLane& lane : MrpCli::groupedLanes(track)) labels.push_back(lane.label);
+  for (const ReportData::Lane& lane : MrpCli::groupedLanes(track)) labels.push_back(lane.label);
   EXPECT_EQ(labels, GetParam().labels);
 }
 
-const ReportLane kTalker{"talker", 1, "talker 00:00:00:00:00:00:00:01", {{1, 5, "IN"}}, {}};
+const ReportData::Lane kTalker{"talker", 1, "talker 00:00:00:00:00:00:00:01", {{1, 5, "IN"}}, {}};
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, LaneGroupingTest,
@@ -45,11 +44,11 @@ INSTANTIATE_TEST_SUITE_P(
                      {"VLANs 10, 12", "VLAN 11"}},
         GroupingCase{"DifferentLine", {vlan(10, 1, 5, 0), vlan(11, 1, 5, 1)}, {"VLAN 10", "VLAN 11"}},
         GroupingCase{"StreamsStayApart",
-                     {kTalker, ReportLane{"talker", 2, "talker 00:00:00:00:00:00:00:02", {{1, 5, "IN"}}, {}}},
+                     {kTalker, ReportData::Lane{"talker", 2, "talker 00:00:00:00:00:00:00:02", {{1, 5, "IN"}}, {}}},
                      {"talker 00:00:00:00:00:00:00:01", "talker 00:00:00:00:00:00:00:02"}},
         GroupingCase{"AllVlans",
                      [] {
-                       std::vector<ReportLane> lanes;
+                       std::vector<ReportData::Lane> lanes;
                        for (std::uint16_t id = 1; id <= 4094; ++id) lanes.push_back(vlan(id, 1, 5, 0));
                        return lanes;
                      }(),

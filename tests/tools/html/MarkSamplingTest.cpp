@@ -6,15 +6,16 @@
 #include <vector>
 
 namespace MrpTest {
+
+using MrpCli::ReportData;
+
 namespace {
 
-using MrpCli::ReportMark;
-
-ReportMark markAt(double t, const std::string& kind) { return {t, kind, std::nullopt, 1}; }
+ReportData::Mark markAt(double t, const std::string& kind) { return {t, kind, std::nullopt, 1}; }
 
 struct SamplingCase {
   std::string name;
-  std::vector<ReportMark> marks;
+  std::vector<ReportData::Mark> marks;
   double until;
   std::size_t pixels;
   // What is kept: time, kind and how many it stands for.
@@ -25,7 +26,7 @@ class MarkSamplingTest : public ::testing::TestWithParam<SamplingCase> {};
 
 TEST_P(MarkSamplingTest, KeepsWhatAPixelCanShow) {
   std::vector<std::tuple<double, std::string, std::size_t>> kept;
-  for (const ReportMark& mark : MrpCli::sampledMarks(GetParam().marks, GetParam().until, GetParam().pixels)) {
+  for (const ReportData::Mark& mark : MrpCli::sampledMarks(GetParam().marks, GetParam().until, GetParam().pixels)) {
     kept.emplace_back(mark.t, mark.kind, mark.count);
   }
   EXPECT_EQ(kept, GetParam().kept);
@@ -67,12 +68,12 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return info.param.name; });
 
 TEST(MarkSamplingTest, AnHourOfLeaveAllsFitsTheWidth) {
-  std::vector<ReportMark> marks;
+  std::vector<ReportData::Mark> marks;
   for (double t = 0; t < 3600; t += 0.5) marks.push_back(markAt(t, "leaveAllSent"));
   const auto kept = MrpCli::sampledMarks(marks, 3600, 1000);
   EXPECT_EQ(kept.size(), 1000u);
   std::size_t total = 0;
-  for (const ReportMark& mark : kept) total += mark.count;
+  for (const ReportData::Mark& mark : kept) total += mark.count;
   EXPECT_EQ(total, marks.size());
 }
 

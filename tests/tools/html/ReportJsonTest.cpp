@@ -6,7 +6,6 @@ namespace MrpTest {
 namespace {
 
 using MrpCli::ReportData;
-using MrpCli::ReportMark;
 
 // sw1:p1 holds VLANs 10 and 11 alike, VLAN 12 apart, and many LeaveAlls.
 ReportData data() {
@@ -16,7 +15,7 @@ ReportData data() {
   report.nodes = {{"sw1", {"p1"}, false}};
   report.lines = {{1, "sw1", "p1", "mvrp", "join VLANs 10-11"}, {2, "sw1", "p1", "mvrp", "unused"},
                   {3, "sw1", "p1", "mvrp", "join VLAN 12"}, {4, "sw1", "p1", "mvrp", "LeaveAll sent (VLAN)"}};
-  MrpCli::ReportTrack& track = report.ports[{"sw1", "p1"}].tracks["mvrp"];
+  MrpCli::ReportData::Track& track = report.ports[{"sw1", "p1"}].tracks["mvrp"];
   for (std::uint64_t vlan : {10, 11}) {
     track.lanes[{"vlan", vlan}] = {"vlan", vlan, "VLAN " + std::to_string(vlan), {{1, std::nullopt, "IN"}},
                                    {{1, "join", 0, 1}}};

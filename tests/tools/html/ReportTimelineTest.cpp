@@ -29,23 +29,22 @@ MrpCli::ReportData reportOf(const MrpCli::Scenario& scenario) {
   return timeline.data();
 }
 
-MrpCli::ReportData smallReport() {
-  return reportOf(MrpCli::scenarioFromJson(fileText(kGolden / "scenario.json")));
-}
+MrpCli::ReportData smallReport() { return reportOf(MrpCli::scenarioFromJson(fileText(kGolden / "scenario.json"))); }
 
 TEST(ReportTimelineTest, SmallNetworkMatchesGoldenReportData) {
   expectGolden(kGolden / "report-data.json", MrpCli::reportJson(smallReport(), 1000).dump(1) + "\n",
                "the report data of tests/tools/html/golden/scenario.json");
 }
 
-const MrpCli::ReportLane& laneOf(const MrpCli::ReportData& data, const std::string& bridge, const std::string& port,
-                                 const std::string& app, const std::string& kind, std::uint64_t key) {
+const MrpCli::ReportData::Lane& laneOf(const MrpCli::ReportData& data, const std::string& bridge,
+                                       const std::string& port, const std::string& app, const std::string& kind,
+                                       std::uint64_t key) {
   return data.ports.at({bridge, port}).tracks.at(app).lanes.at({kind, key});
 }
 
 TEST(ReportTimelineTest, WithdrawnVlanIsInThenLeavingForTheLeaveTimeThenGone) {
   const MrpCli::ReportData data = smallReport();
-  const MrpCli::ReportLane& vlan10 = laneOf(data, "sw1", "p1", "mvrp", "vlan", 10);
+  const MrpCli::ReportData::Lane& vlan10 = laneOf(data, "sw1", "p1", "mvrp", "vlan", 10);
   ASSERT_EQ(vlan10.segments.size(), 2u);
   EXPECT_EQ(vlan10.segments[0].state, "IN");
   EXPECT_EQ(vlan10.segments[1].state, "LV");
@@ -60,9 +59,9 @@ TEST(ReportTimelineTest, EveryMarkWithALineStandsForALineOfItsMoment) {
   for (const auto& [where, port] : data.ports) {
     for (const auto& [app, track] : port.tracks) {
       for (const auto& [key, lane] : track.lanes) {
-        for (const MrpCli::ReportMark& mark : lane.marks) {
+        for (const MrpCli::ReportData::Mark& mark : lane.marks) {
           ASSERT_TRUE(mark.line) << lane.label << " " << mark.kind << " at " << mark.t;
-          const MrpCli::ReportLine& line = data.lines.at(*mark.line);
+          const MrpCli::ReportData::Line& line = data.lines.at(*mark.line);
           EXPECT_EQ(line.t, mark.t) << line.text;
           EXPECT_EQ(line.bridge, where.first) << line.text;
           EXPECT_EQ(line.app, app) << line.text;

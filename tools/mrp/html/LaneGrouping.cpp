@@ -10,12 +10,12 @@ namespace MrpCli {
 namespace {
 
 // What a lane did, without which VLAN it is.
-using Behaviour = std::pair<std::vector<ReportSegment>, std::vector<ReportMark>>;
+using Behaviour = std::pair<std::vector<ReportData::Segment>, std::vector<ReportData::Mark>>;
 
 }  // namespace
 
-std::vector<ReportLane> groupedLanes(const ReportTrack& track) {
-  std::vector<ReportLane> lanes;
+std::vector<ReportData::Lane> groupedLanes(const ReportData::Track& track) {
+  std::vector<ReportData::Lane> lanes;
   std::vector<std::vector<std::uint16_t>> vlansOf;  // by lane, for a VLAN lane
   std::map<Behaviour, std::size_t> laneOf;
   for (const auto& [key, lane] : track.lanes) {

@@ -10,6 +10,6 @@ namespace MrpCli {
 // stretches and the same marks, standing for the same lines) share one lane,
 // "VLANs 10, 100-110", placed at its lowest VLAN; other lanes stay as they are.
 // Thousands of VLANs declared together make a few lanes, not thousands.
-std::vector<ReportLane> groupedLanes(const ReportTrack& track);
+std::vector<ReportData::Lane> groupedLanes(const ReportData::Track& track);
 
 }  // namespace MrpCli

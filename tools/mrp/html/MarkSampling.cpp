@@ -7,16 +7,17 @@ namespace MrpCli {
 
 namespace {
 
-bool thinned(const ReportMark& mark) { return mark.kind == "leaveAllSent" || mark.kind == "leaveAllReceived"; }
+bool thinned(const ReportData::Mark& mark) { return mark.kind == "leaveAllSent" || mark.kind == "leaveAllReceived"; }
 
 }  // namespace
 
-std::vector<ReportMark> sampledMarks(const std::vector<ReportMark>& marks, double until, std::size_t pixels) {
+std::vector<ReportData::Mark> sampledMarks(const std::vector<ReportData::Mark>& marks, double until,
+                                           std::size_t pixels) {
   const double pixelSeconds = until > 0 && pixels > 0 ? until / static_cast<double>(pixels) : 0;
-  std::vector<ReportMark> kept;
+  std::vector<ReportData::Mark> kept;
   // By kind: the pixel of the last mark kept, and where it is.
   std::map<std::string, std::pair<long, std::size_t>> lastKept;
-  for (const ReportMark& mark : marks) {
+  for (const ReportData::Mark& mark : marks) {
     if (!thinned(mark) || pixelSeconds == 0) {
       kept.push_back(mark);
       continue;

@@ -11,6 +11,7 @@ namespace MrpCli {
 // LeaveAlls, which come every few seconds on every port for as long as a run
 // lasts, keep the first of each kind per pixel, counting those it stands
 // for; every other mark is kept. Marks stay in time order.
-std::vector<ReportMark> sampledMarks(const std::vector<ReportMark>& marks, double until, std::size_t pixels);
+std::vector<ReportData::Mark> sampledMarks(const std::vector<ReportData::Mark>& marks, double until,
+                                           std::size_t pixels);
 
 }  // namespace MrpCli

@@ -22,9 +22,9 @@ class MarkWriter {
  public:
   MarkWriter(const ReportData& data, std::size_t pixels) : data_(data), pixels_(pixels) {}
 
-  nlohmann::ordered_json marks(const std::vector<ReportMark>& marks) {
+  nlohmann::ordered_json marks(const std::vector<ReportData::Mark>& marks) {
     nlohmann::ordered_json json = nlohmann::ordered_json::array();
-    for (const ReportMark& mark : sampledMarks(marks, data_.until, pixels_)) {
+    for (const ReportData::Mark& mark : sampledMarks(marks, data_.until, pixels_)) {
       nlohmann::ordered_json entry = {timeJson(mark.t), mark.kind, lineJson(mark.line)};
       if (mark.count > 1) entry.push_back(mark.count);
       json.push_back(std::move(entry));
@@ -35,7 +35,7 @@ class MarkWriter {
   nlohmann::ordered_json lines() const {
     nlohmann::ordered_json json = nlohmann::ordered_json::array();
     for (std::size_t index : used_) {
-      const ReportLine& line = data_.lines[index];
+      const ReportData::Line& line = data_.lines[index];
       json.push_back({timeJson(line.t), line.bridge, line.port, line.app, line.text});
     }
     return json;
@@ -55,29 +55,29 @@ class MarkWriter {
   std::vector<std::size_t> used_;
 };
 
-nlohmann::ordered_json laneJson(const ReportLane& lane, MarkWriter& writer) {
+nlohmann::ordered_json laneJson(const ReportData::Lane& lane, MarkWriter& writer) {
   nlohmann::ordered_json segments = nlohmann::ordered_json::array();
-  for (const ReportSegment& segment : lane.segments) {
+  for (const ReportData::Segment& segment : lane.segments) {
     segments.push_back({timeJson(segment.from), endJson(segment.to), segment.state});
   }
   return {{"kind", lane.kind}, {"label", lane.label}, {"segments", segments}, {"marks", writer.marks(lane.marks)}};
 }
 
-nlohmann::ordered_json portJson(const std::string& bridge, const std::string& name, const ReportPort& port,
+nlohmann::ordered_json portJson(const std::string& bridge, const std::string& name, const ReportData::Port& port,
                                 MarkWriter& writer) {
   nlohmann::ordered_json tracks = nlohmann::ordered_json::array();
   for (const auto& [app, track] : port.tracks) {
     nlohmann::ordered_json lanes = nlohmann::ordered_json::array();
-    for (const ReportLane& lane : groupedLanes(track)) lanes.push_back(laneJson(lane, writer));
+    for (const ReportData::Lane& lane : groupedLanes(track)) lanes.push_back(laneJson(lane, writer));
     tracks.push_back({{"app", app}, {"marks", writer.marks(track.marks)}, {"lanes", lanes}});
   }
   return {{"bridge", bridge}, {"port", name},         {"role", port.role},
           {"marks", writer.marks(port.marks)}, {"tracks", tracks}};
 }
 
-nlohmann::ordered_json linkJson(const ReportLink& link) {
+nlohmann::ordered_json linkJson(const ReportData::Link& link) {
   nlohmann::ordered_json cuts = nlohmann::ordered_json::array();
-  for (const ReportSegment& cut : link.cuts) cuts.push_back({timeJson(cut.from), endJson(cut.to)});
+  for (const ReportData::Segment& cut : link.cuts) cuts.push_back({timeJson(cut.from), endJson(cut.to)});
   return {{"a", link.a}, {"b", link.b}, {"cuts", cuts}};
 }
 
@@ -87,14 +87,14 @@ nlohmann::ordered_json reportJson(const ReportData& data, std::size_t pixels) {
   MarkWriter writer(data, pixels);
   nlohmann::ordered_json json = {{"title", data.title}, {"until", timeJson(data.until)}};
   nlohmann::ordered_json& nodes = json["nodes"] = nlohmann::ordered_json::array();
-  for (const ReportNode& node : data.nodes) {
+  for (const ReportData::Node& node : data.nodes) {
     nodes.push_back({{"name", node.name}, {"ports", node.ports}, {"station", node.station}});
   }
   nlohmann::ordered_json& links = json["links"] = nlohmann::ordered_json::array();
-  for (const ReportLink& link : data.links) links.push_back(linkJson(link));
+  for (const ReportData::Link& link : data.links) links.push_back(linkJson(link));
   // In the order of the network's bridges and ports, a bridge's declarations on every port last.
   nlohmann::ordered_json& ports = json["ports"] = nlohmann::ordered_json::array();
-  for (const ReportNode& node : data.nodes) {
+  for (const ReportData::Node& node : data.nodes) {
     std::vector<std::string> names = node.ports;
     names.push_back("*");
     for (const std::string& name : names) {
@@ -104,7 +104,7 @@ nlohmann::ordered_json reportJson(const ReportData& data, std::size_t pixels) {
   }
   json["lines"] = writer.lines();
   nlohmann::ordered_json& tables = json["tables"] = nlohmann::ordered_json::array();
-  for (const ReportTables& table : data.tables) {
+  for (const ReportData::Tables& table : data.tables) {
     tables.push_back({{"bridge", table.bridge}, {"registrations", table.registrations}, {"streams", table.streams}});
   }
   return json;

@@ -57,7 +57,7 @@ bool isVlan(const MrpAgent::AttributeValue& value) {
   return std::holds_alternative<Mrp::MvrpVlanAttribute>(value.record());
 }
 
-std::optional<std::size_t> openStretch(const ReportLane& lane) {
+std::optional<std::size_t> openStretch(const ReportData::Lane& lane) {
   if (lane.segments.empty() || lane.segments.back().to) return std::nullopt;
   return lane.segments.size() - 1;
 }
@@ -93,33 +93,34 @@ void ReportTimeline::eventDone(bool lineHeldBack) {
   current_.clear();
 }
 
-void ReportTimeline::mark(std::vector<ReportMark>& marks, double t, const std::string& kind) {
+void ReportTimeline::mark(std::vector<ReportData::Mark>& marks, double t, const std::string& kind) {
   marks.push_back({t, kind, std::nullopt, 1});
   current_.emplace_back(&marks, marks.size() - 1);
 }
 
-ReportPort& ReportTimeline::port(const std::string& bridge, const std::string& port) {
+ReportData::Port& ReportTimeline::port(const std::string& bridge, const std::string& port) {
   return data_.ports[{bridge, port}];
 }
 
-ReportTrack& ReportTimeline::track(const TimelinePlace& place, Mrp::MrpApplication application) {
+ReportData::Track& ReportTimeline::track(const TimelinePlace& place, Mrp::MrpApplication application) {
   return port(place.bridge, place.port.empty() ? kEveryPort : place.port).tracks[applicationName(application)];
 }
 
-ReportLane& ReportTimeline::lane(const TimelinePlace& place, const MrpAgent::AttributeValue& value) {
+ReportData::Lane& ReportTimeline::lane(const TimelinePlace& place, const MrpAgent::AttributeValue& value) {
   LaneName name = laneName(value);
-  ReportLane& found = track(place, value.application()).lanes[{name.kind, name.key}];
-  if (found.label.empty()) found = ReportLane{name.kind, name.key, std::move(name.label), {}, {}};
+  ReportData::Lane& found = track(place, value.application()).lanes[{name.kind, name.key}];
+  if (found.label.empty()) found = ReportData::Lane{name.kind, name.key, std::move(name.label), {}, {}};
   return found;
 }
 
-ReportLane& ReportTimeline::streamLane(const TimelinePlace& place, const std::string& kind, std::uint64_t streamId) {
-  ReportLane& found = track(place, Mrp::MrpApplication::msrp).lanes[{kind, streamId}];
-  if (found.label.empty()) found = ReportLane{kind, streamId, kind + " " + streamIdText(streamId), {}, {}};
+ReportData::Lane& ReportTimeline::streamLane(const TimelinePlace& place, const std::string& kind,
+                                             std::uint64_t streamId) {
+  ReportData::Lane& found = track(place, Mrp::MrpApplication::msrp).lanes[{kind, streamId}];
+  if (found.label.empty()) found = ReportData::Lane{kind, streamId, kind + " " + streamIdText(streamId), {}, {}};
   return found;
 }
 
-void ReportTimeline::endStretch(ReportLane& lane, double t) {
+void ReportTimeline::endStretch(ReportData::Lane& lane, double t) {
   if (const auto open = openStretch(lane)) lane.segments[*open].to = t;
 }
 
@@ -136,13 +137,13 @@ void ReportTimeline::indicated(const TimelinePlace& place, const MrpAgent::Attri
     text_.indicated(place, value, join);
     return;
   }
-  ReportLane& found = lane(place, value);
+  ReportData::Lane& found = lane(place, value);
   const auto open = openStretch(found);
   if (join) {
     endStretch(found, place.t);
     found.segments.push_back({place.t, std::nullopt, registeredState(value)});
   } else if (open) {
-    ReportSegment& registered = found.segments[*open];
+    ReportData::Segment& registered = found.segments[*open];
     const double leaving = std::max(registered.from, place.t - leaveTime_);
     registered.to = leaving;
     found.segments.push_back({leaving, place.t, "LV"});
@@ -154,7 +155,7 @@ void ReportTimeline::indicated(const TimelinePlace& place, const MrpAgent::Attri
 
 void ReportTimeline::forgot(const TimelinePlace& place, const MrpAgent::AttributeValue& value,
                             MrpAgent::Bridge::ForgetCause cause) {
-  ReportLane& found = lane(place, value);
+  ReportData::Lane& found = lane(place, value);
   endStretch(found, place.t);
   mark(found.marks, place.t, "forget");
   text_.forgot(place, value, cause);
@@ -191,7 +192,7 @@ void ReportTimeline::leaveAllReceived(const std::string& bridge, const std::stri
 }
 
 std::string ReportTimeline::peerOf(const std::string& end) const {
-  for (const ReportLink& link : data_.links) {
+  for (const ReportData::Link& link : data_.links) {
     const bool cut = !link.cuts.empty() && !link.cuts.back().to;
     if (cut) continue;
     if (link.a == end) return link.b;
@@ -201,7 +202,7 @@ std::string ReportTimeline::peerOf(const std::string& end) const {
 }
 
 void ReportTimeline::linkChanged(Quarn::Seconds t, const std::string& a, const std::string& b, bool up) {
-  for (ReportLink& link : data_.links) {
+  for (ReportData::Link& link : data_.links) {
     if (!((link.a == a && link.b == b) || (link.a == b && link.b == a))) continue;
     if (!up) {
       link.cuts.push_back({t, std::nullopt, "cut"});
@@ -219,7 +220,7 @@ void ReportTimeline::linkChanged(Quarn::Seconds t, const std::string& a, const s
 
 void ReportTimeline::roleChanged(const TimelinePlace& place, Stp::MstiPortStatus::Role from,
                                  Stp::MstiPortStatus::Role to) {
-  ReportPort& changed = port(place.bridge, place.port);
+  ReportData::Port& changed = port(place.bridge, place.port);
   changed.role = roleText(to);
   mark(changed.marks, place.t, "role");
   text_.roleChanged(place, from, to);
@@ -259,7 +260,7 @@ void ReportTimeline::registrations(const TimelinePlace& place, const std::vector
 void ReportTimeline::streams(const TimelinePlace& place, const MrpAgent::StreamTable& table) {
   const std::string text = streamTableText(place.bridge, streamTableJson(table));
   auto tables = std::find_if(data_.tables.begin(), data_.tables.end(),
-                             [&place](const ReportTables& t) { return t.bridge == place.bridge; });
+                             [&place](const ReportData::Tables& t) { return t.bridge == place.bridge; });
   if (tables == data_.tables.end()) {
     data_.tables.push_back({place.bridge, "", text});
   } else {

@@ -49,18 +49,18 @@ class ReportTimeline : public Timeline {
 
  private:
   // A mark waiting for its line: the marks it is in, and where.
-  using MarkRef = std::pair<std::vector<ReportMark>*, std::size_t>;
+  using MarkRef = std::pair<std::vector<ReportData::Mark>*, std::size_t>;
 
   void lineWritten(const TimelinePlace& place, const std::string& app, const std::string& event);
   // Marks made by one event get the line the text timeline writes for it;
   // VLANs' lines come later, when the rest of their line is known.
   void eventDone(bool lineHeldBack);
-  void mark(std::vector<ReportMark>& marks, double t, const std::string& kind);
-  ReportPort& port(const std::string& bridge, const std::string& port);
-  ReportTrack& track(const TimelinePlace& place, Mrp::MrpApplication application);
-  ReportLane& lane(const TimelinePlace& place, const MrpAgent::AttributeValue& value);
-  ReportLane& streamLane(const TimelinePlace& place, const std::string& kind, std::uint64_t streamId);
-  void endStretch(ReportLane& lane, double t);
+  void mark(std::vector<ReportData::Mark>& marks, double t, const std::string& kind);
+  ReportData::Port& port(const std::string& bridge, const std::string& port);
+  ReportData::Track& track(const TimelinePlace& place, Mrp::MrpApplication application);
+  ReportData::Lane& lane(const TimelinePlace& place, const MrpAgent::AttributeValue& value);
+  ReportData::Lane& streamLane(const TimelinePlace& place, const std::string& kind, std::uint64_t streamId);
+  void endStretch(ReportData::Lane& lane, double t);
   void leaveAllReceived(const std::string& bridge, const std::string& port, Mrp::MrpApplication application,
                         double t);
   // The port at the other end of "bridge:port"'s link while it is up; "" without one.

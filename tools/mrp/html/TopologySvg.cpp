@@ -20,11 +20,12 @@ std::string secondsText(double t) {
 }
 
 // "cut at 12 s", "cut 12-16 s", several separated by commas.
-std::string cutsText(const std::vector<ReportSegment>& cuts) {
+std::string cutsText(const std::vector<ReportData::Segment>& cuts) {
   std::string text;
-  for (const ReportSegment& cut : cuts) {
+  for (const ReportData::Segment& cut : cuts) {
     text.append(text.empty() ? "cut " : ", ");
-    text.append(cut.to ? secondsText(cut.from) + "-" + secondsText(*cut.to) + " s" : "at " + secondsText(cut.from) + " s");
+    text.append(cut.to ? secondsText(cut.from) + "-" + secondsText(*cut.to) + " s"
+                       : "at " + secondsText(cut.from) + " s");
   }
   return text;
 }
@@ -106,7 +107,7 @@ std::string topologySvg(const ReportData& data) {
   set(drawing.graph(), "sep", "+12");
   set(drawing.graph(), "fontname", "sans-serif");
   std::map<std::string, Agnode_t*> nodes;
-  for (const ReportNode& described : data.nodes) {
+  for (const ReportData::Node& described : data.nodes) {
     Agnode_t* node = drawing.node(described.name);
     set(node, "id", "node-" + described.name);
     set(node, "shape", described.station ? "ellipse" : "box");
@@ -114,7 +115,7 @@ std::string topologySvg(const ReportData& data) {
     set(node, "fontname", "sans-serif");
     nodes[described.name] = node;
   }
-  for (const ReportLink& link : data.links) {
+  for (const ReportData::Link& link : data.links) {
     const auto [aBridge, aPort] = splitEnd(link.a);
     const auto [bBridge, bPort] = splitEnd(link.b);
     Agedge_t* edge = drawing.edge(nodes.at(aBridge), nodes.at(bBridge), link.a + "-" + link.b);
