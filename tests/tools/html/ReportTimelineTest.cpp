@@ -7,10 +7,12 @@
 
 #include <filesystem>
 
+#include "MrpMsrp/MsrpListenerAttribute.h"
 #include "MrpMvrp/MvrpVlanAttribute.h"
 #include "format/ScenarioReader.h"
 #include "html/ReportJson.h"
 #include "html/ReportTimeline.h"
+#include "sim/DefaultScenario.h"
 #include "sim/Simulation.h"
 #include "support/Golden.h"
 
@@ -51,6 +53,60 @@ TEST(ReportTimelineTest, WithdrawnVlanIsInThenLeavingForTheLeaveTimeThenGone) {
   ASSERT_TRUE(vlan10.segments[1].to);
   EXPECT_NEAR(*vlan10.segments[1].to - vlan10.segments[1].from, 0.6, 1e-9);
   EXPECT_EQ(vlan10.segments[0].to, vlan10.segments[1].from);
+}
+
+// The default network's stream at 69.5 s, when sw2 - sw3 is back: sw3's p1
+// registers the Talker Failed sw2 declared while the link was cut, and the
+// Talker Advertise; the Talker Failed goes at 70.1 s, the Talker stays until
+// it is withdrawn. Listeners that asked in vain turn ready at that moment.
+struct StretchCase {
+  std::string name;
+  std::string bridge;
+  std::string port;
+  std::string kind;
+  // From 69.5 s on: the states and where each stretch ends (-1 for "open").
+  std::vector<std::pair<std::string, double>> stretches;
+  friend void PrintTo(const StretchCase& c, std::ostream* out) { *out << c.name; }
+};
+
+class StreamStretchTest : public ::testing::TestWithParam<StretchCase> {};
+
+TEST_P(StreamStretchTest, EachStreamAttributeHasItsOwnStretches) {
+  static const MrpCli::ReportData data = reportOf(MrpCli::scenarioFromJson(MrpCli::defaultScenarioJson()));
+  const StretchCase& c = GetParam();
+  const MrpCli::ReportData::Lane& lane = laneOf(data, c.bridge, c.port, "msrp", c.kind, 0x001b210000010001);
+  std::vector<std::pair<std::string, double>> stretches;
+  for (const MrpCli::ReportData::Segment& segment : lane.segments) {
+    if (segment.from >= 69.5) stretches.emplace_back(segment.state, segment.to.value_or(-1));
+  }
+  ASSERT_EQ(stretches.size(), c.stretches.size()) << lane.label;
+  for (std::size_t i = 0; i < stretches.size(); ++i) {
+    EXPECT_EQ(stretches[i].first, c.stretches[i].first) << lane.label << " stretch " << i;
+    EXPECT_NEAR(stretches[i].second, c.stretches[i].second, 1e-9) << lane.label << " stretch " << i;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    DefaultNetwork, StreamStretchTest,
+    ::testing::Values(StretchCase{"TalkerFailedGoesAlone", "sw3", "p1", "talkerFailed", {{"TF", 69.5}, {"LV", 70.1}}},
+                      StretchCase{"TalkerStaysUntilWithdrawn", "sw3", "p1", "talker", {{"IN", 81.5}, {"LV", 82.1}}},
+                      StretchCase{"ListenerTurnsReady", "sw2", "p2", "listener", {{"IN", 80.8}, {"LV", 81.4}}},
+                      StretchCase{"StationsListenerTurnsReady", "h1", "e0", "listener", {{"IN", 80.8}, {"LV", 81.4}}}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(ReportTimelineTest, ListenerThatChangesItsDeclarationLaterGoesOnInANewStretch) {
+  const MrpCli::Scenario scenario = MrpCli::scenarioFromJson(fileText(kGolden / "scenario.json"));
+  MrpCli::ReportTimeline timeline(scenario, "small", scenario.until);
+  const Mrp::MsrpListenerAttribute asking(1, Mrp::MsrpListenerEvent::askingFailed);
+  const Mrp::MsrpListenerAttribute ready(1, Mrp::MsrpListenerEvent::ready);
+  timeline.indicated({1, "sw1", "p2", {}}, MrpAgent::AttributeValue(asking), true);
+  timeline.listenerDeclared({3, "sw1", "p2", {}}, ready);
+  timeline.listenerDeclared({4, "sw1", "p2", {}}, ready);
+  timeline.listenerDeclared({5, "sw1", "p2", {}}, asking);
+  timeline.flush();
+  const auto& segments = laneOf(timeline.data(), "sw1", "p2", "msrp", "listener", 1).segments;
+  const std::vector<MrpCli::ReportData::Segment> expected = {{1, 3, "TF"}, {3, 5, "IN"}, {5, std::nullopt, "TF"}};
+  EXPECT_EQ(segments, expected);
 }
 
 TEST(ReportTimelineTest, EveryMarkWithALineStandsForALineOfItsMoment) {

@@ -38,8 +38,10 @@ struct ReportData {
     friend auto operator<=>(const Segment&, const Segment&) = default;
   };
 
-  // One attribute on a port: "vlan" (key: the VLAN id), "talker" or
-  // "listener" (key: the stream id), "domain" (key: the SR class id).
+  // One attribute on a port: "vlan" (key: the VLAN id), "talker",
+  // "talkerFailed" or "listener" (key: the stream id), "domain" (key: the SR
+  // class id). A Talker Advertise and a Talker Failed of one stream are two
+  // attributes, registered and gone each in its own time.
   struct Lane {
     std::string kind;
     std::uint64_t key = 0;
@@ -51,7 +53,7 @@ struct ReportData {
   // What one port's application saw: its LeaveAlls, and a lane per attribute.
   struct Track {
     std::vector<Mark> marks;
-    // By kind ("domain", "listener", "talker", "vlan") and key.
+    // By kind and key.
     std::map<std::pair<std::string, std::uint64_t>, Lane> lanes;
   };
 

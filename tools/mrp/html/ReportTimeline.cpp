@@ -34,7 +34,7 @@ LaneName laneName(const MrpAgent::AttributeValue& value) {
           },
           [](const Mrp::MsrpTalkerFailedAttribute& v) {
             const std::uint64_t id = v.talkerAdvertiseAttribute().streamId();
-            return LaneName{"talker", id, "talker " + streamIdText(id)};
+            return LaneName{"talkerFailed", id, "talker failed " + streamIdText(id)};
           },
           [](const Mrp::MsrpListenerAttribute& v) {
             return LaneName{"listener", v.streamId(), "listener " + streamIdText(v.streamId())};
@@ -45,12 +45,15 @@ LaneName laneName(const MrpAgent::AttributeValue& value) {
       value.record());
 }
 
+std::string listenerState(const Mrp::MsrpListenerAttribute& listener) {
+  return listener.listenerEvent() == Mrp::MsrpListenerEvent::askingFailed ? "TF" : "IN";
+}
+
 // A Talker Failed or a Listener that asks in vain: registered, but the stream cannot flow.
 std::string registeredState(const MrpAgent::AttributeValue& value) {
   if (std::holds_alternative<Mrp::MsrpTalkerFailedAttribute>(value.record())) return "TF";
   const auto* listener = std::get_if<Mrp::MsrpListenerAttribute>(&value.record());
-  if (listener && listener->listenerEvent() == Mrp::MsrpListenerEvent::askingFailed) return "TF";
-  return "IN";
+  return listener ? listenerState(*listener) : "IN";
 }
 
 bool isVlan(const MrpAgent::AttributeValue& value) {
@@ -245,8 +248,19 @@ void ReportTimeline::talkerFailed(const TimelinePlace& place, const Mrp::MsrpTal
   eventDone(false);
 }
 
+// The registered Listener's declaration changed: its stretch goes on in the new state.
 void ReportTimeline::listenerDeclared(const TimelinePlace& place, const Mrp::MsrpListenerAttribute& listener) {
-  mark(streamLane(place, "listener", listener.streamId()).marks, place.t, "listener");
+  ReportData::Lane& found = streamLane(place, "listener", listener.streamId());
+  const std::string state = listenerState(listener);
+  if (const auto open = openStretch(found); open && found.segments[*open].state != state) {
+    if (found.segments[*open].from == place.t) {
+      found.segments[*open].state = state;
+    } else {
+      endStretch(found, place.t);
+      found.segments.push_back({place.t, std::nullopt, state});
+    }
+  }
+  mark(found.marks, place.t, "listener");
   text_.listenerDeclared(place, listener);
   eventDone(false);
 }
