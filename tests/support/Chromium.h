@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <string>
 
 namespace MrpTest {
@@ -11,11 +9,6 @@ namespace MrpTest {
 
 // Whether a chromium program is on the PATH.
 bool chromiumAvailable();
-
-// For the SetUp() of a test that needs chromium: when it is missing, the
-// test fails if the environment variable CI is set (CI must run it) and is
-// skipped otherwise.
-void requireChromium();
 
 // The DOM of the page at `htmlPath` once loaded, serialised
 // (`--dump-dom`). Throws std::runtime_error when chromium fails.

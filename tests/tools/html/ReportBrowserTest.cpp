@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdlib>
 #include <filesystem>
 #include <regex>
 #include <string>
@@ -24,6 +25,17 @@ struct BrowserCase {
   std::string name;
   std::string scenario;  // under tests/conformance; "" for the default network
 };
+
+// When chromium is missing the test fails if the environment variable CI is
+// set (CI must run it) and is skipped otherwise.
+void requireChromium() {
+  if (chromiumAvailable()) return;
+  const char* ci = std::getenv("CI");
+  if (ci && *ci) {
+    FAIL() << "chromium is not installed, and CI is set: the browser tests must run";
+  }
+  GTEST_SKIP() << "chromium is not installed";
+}
 
 std::size_t count(const std::string& text, const std::string& pattern) {
   const std::regex re(pattern);

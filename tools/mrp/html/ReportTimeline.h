@@ -27,6 +27,9 @@ namespace MrpCli {
 class ReportTimeline : public Timeline {
  public:
   ReportTimeline(const Scenario& scenario, std::string title, double until);
+  // The inner text timeline hands its lines to this object.
+  ReportTimeline(const ReportTimeline&) = delete;
+  ReportTimeline& operator=(const ReportTimeline&) = delete;
 
   const ReportData& data() const { return data_; }
 
