@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
+
+#include "support/Occurrences.h"
 
 namespace MrpTest {
 namespace {
@@ -25,11 +26,6 @@ ReportData network() {
   return data;
 }
 
-std::size_t count(const std::string& text, const std::string& pattern) {
-  const std::regex re(pattern);
-  return static_cast<std::size_t>(std::distance(std::sregex_iterator(text.begin(), text.end(), re), std::sregex_iterator()));
-}
-
 const std::string svg = MrpCli::topologySvg(network());
 
 TEST(TopologySvgTest, IsOneSvgElementWithoutNamespacesOrComments) {
@@ -40,21 +36,24 @@ TEST(TopologySvgTest, IsOneSvgElementWithoutNamespacesOrComments) {
 }
 
 struct ElementCase {
-  std::string pattern;
+  std::string literal;
   std::size_t count;
 };
 
 // Graphviz writes a "-" in an id as "&#45;", which a page reads as "-".
 class TopologySvgElementTest : public ::testing::TestWithParam<ElementCase> {};
 
-TEST_P(TopologySvgElementTest, Draws) { EXPECT_EQ(count(svg, GetParam().pattern), GetParam().count) << GetParam().pattern; }
+TEST_P(TopologySvgElementTest, Draws) {
+  EXPECT_EQ(occurrences(svg, GetParam().literal), GetParam().count) << GetParam().literal;
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Network, TopologySvgElementTest,
-    ::testing::Values(ElementCase{"<g id=\"node&#45;[^\"]+\" class=\"node\"", 3},
-                      ElementCase{"<g id=\"link&#45;[^\"]+\" class=\"edge\"", 3},
-                      ElementCase{"<g id=\"node&#45;h1\" class=\"node\">\\s*<title>h1</title>\\s*<ellipse", 1},
-                      ElementCase{">p3 \\(alternate\\)</text>", 1},
+    ::testing::Values(ElementCase{"<g id=\"node&#45;", 3}, ElementCase{"\" class=\"node\">", 3},
+                      ElementCase{"<g id=\"link&#45;", 3}, ElementCase{"\" class=\"edge\">", 3},
+                      ElementCase{"<g id=\"node&#45;h1\" class=\"node\">\n<title>h1</title>\n<ellipse", 1},
+                      ElementCase{"<title>sw1</title>\n<path", 1},
+                      ElementCase{">p3 (alternate)</text>", 1},
                       ElementCase{">cut 12&#45;16.5 s</text>", 1},
                       ElementCase{">cut at 20 s</text>", 1},
                       ElementCase{"stroke-dasharray", 1}));
