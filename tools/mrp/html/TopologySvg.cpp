@@ -1,15 +1,26 @@
 #include "html/TopologySvg.h"
 
 #include <gvc.h>
+#include <gvplugin.h>
 
 #include <cstdio>
 #include <map>
-#include <regex>
 #include <stdexcept>
+
+// Graphviz's neato layout and its SVG renderer, linked into the program.
+extern "C" gvplugin_library_t gvplugin_neato_layout_LTX_library;
+extern "C" gvplugin_library_t gvplugin_core_LTX_library;
 
 namespace MrpCli {
 
 namespace {
+
+// The only plugins the drawing's context knows: it loads nothing at run
+// time, so no font library measures the labels (Graphviz's own metrics do),
+// no thread of one starts, and the drawing is the same on every machine.
+const lt_symlist_t kPlugins[] = {{"gvplugin_neato_layout_LTX_library", &gvplugin_neato_layout_LTX_library},
+                                 {"gvplugin_core_LTX_library", &gvplugin_core_LTX_library},
+                                 {nullptr, nullptr}};
 
 bool blocking(const std::string& role) { return role == "alternate" || role == "backup"; }
 
@@ -41,7 +52,7 @@ void set(void* object, const std::string& name, const std::string& value) {
 // The graph, its layout and the context that made it, given back in order.
 class Drawing {
  public:
-  Drawing() : context_(gvContext()) {
+  Drawing() : context_(gvContextPlugins(kPlugins, 0)) {
     std::string name = "network";
     graph_ = agopen(name.data(), Agundirected, nullptr);
     if (!context_ || !graph_) throw std::runtime_error("cannot start Graphviz");
@@ -83,14 +94,28 @@ class Drawing {
   bool laidOut_ = false;
 };
 
+// Removes every stretch that starts with `open` and ends with `close`, and
+// the newline right after one when `withNewline`.
+void eraseAll(std::string& text, const std::string& open, const std::string& close, bool withNewline) {
+  for (std::size_t from = text.find(open); from != std::string::npos; from = text.find(open, from)) {
+    const std::size_t end = text.find(close, from + open.size());
+    if (end == std::string::npos) return;
+    std::size_t to = end + close.size();
+    if (withNewline && to < text.size() && text[to] == '\n') ++to;
+    text.erase(from, to - from);
+  }
+}
+
 // The <svg> element alone: no XML prolog, doctype or comments, and no
 // namespace declarations, which an HTML page does not need and which name
 // addresses elsewhere.
 std::string inlineSvg(const std::string& svg) {
   const std::size_t start = svg.find("<svg");
   std::string element = start == std::string::npos ? svg : svg.substr(start);
-  element = std::regex_replace(element, std::regex("<!--[\\s\\S]*?-->\\n?"), "");
-  return std::regex_replace(element, std::regex(" xmlns(:xlink)?=\"[^\"]*\""), "");
+  eraseAll(element, "<!--", "-->", true);
+  eraseAll(element, " xmlns=\"", "\"", false);
+  eraseAll(element, " xmlns:xlink=\"", "\"", false);
+  return element;
 }
 
 std::pair<std::string, std::string> splitEnd(const std::string& end) {
