@@ -81,9 +81,11 @@ install(TARGETS MrpSm EXPORT MrpSmTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${MRP_INSTALL_HEADER_DIR})
 
-# The installed program finds the library beside it, wherever the prefix is.
+# The installed program finds the library beside it, wherever the prefix is,
+# and the Graphviz plugins it links in their own directory (tools/CMakeLists.txt).
 file(RELATIVE_PATH MRP_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(mrp PROPERTIES INSTALL_RPATH "$ORIGIN/${MRP_BIN_TO_LIB}")
+get_filename_component(MRP_GRAPHVIZ_PLUGIN_DIR ${GVPLUGIN_CORE} DIRECTORY)
+set_target_properties(mrp PROPERTIES INSTALL_RPATH "$ORIGIN/${MRP_BIN_TO_LIB};${MRP_GRAPHVIZ_PLUGIN_DIR}")
 install(TARGETS mrp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # Each man page (doc/CMakeLists.txt) goes to the directory of its section.

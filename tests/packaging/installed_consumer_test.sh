@@ -77,9 +77,11 @@ while read -r header; do
   done
 done < <(find "$headers" -name '*.h')
 
-echo "== the installed mrp finds the library beside it"
+echo "== the installed mrp finds the library beside it, and Graphviz's plugins in their directory"
 version=$("$prefix/$MRP_BINDIR/mrp" --version)
 [ "$version" = "mrp $MRP_VERSION" ] || fail "mrp --version printed '$version'"
+"$prefix/$MRP_BINDIR/mrp" sim --until 5 --html "$work/report.html" >/dev/null || fail "the installed mrp sim --html failed"
+grep -q '<div id="topology"><svg ' "$work/report.html" || fail "the installed mrp drew no network"
 
 echo "== man pages and bash completion"
 # Each page in its section's directory, where man finds it by name.
