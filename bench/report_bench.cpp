@@ -22,6 +22,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/TextFile.h"
 #include "format/ScenarioReader.h"
 #include "html/HtmlReportFile.h"
 #include "html/ReportTimeline.h"
@@ -35,29 +36,23 @@ namespace {
 
 constexpr double kHour = 3600;
 
+// The whole of a file the benchmark made or reads; it throws when the file cannot be read.
+std::string fileText(const std::string& path) {
+  std::string error;
+  std::optional<std::string> text = MrpCli::textFileRead(path, error);
+  if (!text) throw std::runtime_error(error);
+  return *text;
+}
+
 MrpCli::Scenario soakScenario() {
-  std::ifstream file(std::filesystem::path(MRP_SOURCE_DIR) / "tools" / "soak" / "soak.json");
-  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  return MrpCli::scenarioFromJson(text);
-}
-
-std::vector<std::string> bridgeNames(const MrpCli::Scenario& scenario) {
-  std::vector<std::string> names;
-  for (const auto& bridge : scenario.bridges) names.push_back(bridge.name);
-  return names;
-}
-
-std::vector<std::string> portNames(const MrpCli::Scenario& scenario) {
-  std::vector<std::string> names;
-  for (const auto& bridge : scenario.bridges) names.insert(names.end(), bridge.ports.begin(), bridge.ports.end());
-  return names;
+  return MrpCli::scenarioFromJson(fileText(std::string(MRP_SOURCE_DIR) + "/tools/soak/soak.json"));
 }
 
 // Runs the soak hour with its text timeline going nowhere; with `report`,
 // the report's timeline hears the run too.
 void runSoakHour(const MrpCli::Scenario& scenario, MrpCli::ReportTimeline* report) {
   std::ostream nowhere(nullptr);
-  MrpCli::TextTimeline printed(nowhere, bridgeNames(scenario), portNames(scenario), {});
+  MrpCli::TextTimeline printed(nowhere, {}, {}, {});
   std::vector<MrpCli::Timeline*> timelines{&printed};
   if (report) timelines.push_back(report);
   MrpCli::TeeTimeline both(timelines);
@@ -90,11 +85,6 @@ void BM_SoakHour(benchmark::State& state) {
 }
 BENCHMARK(BM_SoakHour)->Arg(0)->Arg(1)->Iterations(1)->Unit(benchmark::kSecond);
 
-std::string fileBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
-
 void BM_WriteReport(benchmark::State& state) {
   const MrpCli::ReportData& data = soakReport();
   const MrpTest::TempDir dir;
@@ -112,7 +102,7 @@ void BM_WriteSameBytes(benchmark::State& state) {
   const std::string path = dir.file("report.html");
   std::string error;
   if (!MrpCli::htmlReportWrite(path, soakReport(), error)) throw std::runtime_error(error);
-  const std::string page = fileBytes(path);
+  const std::string page = fileText(path);
   for (auto _ : state) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(page.data(), static_cast<std::streamsize>(page.size()));
@@ -133,7 +123,7 @@ std::string pageFile(const MrpTest::TempDir& dir, Page page) {
   std::string error;
   if (!MrpCli::htmlReportWrite(path, soakReport(), error)) throw std::runtime_error(error);
   if (page == Page::withoutScript) {
-    std::string text = fileBytes(path);
+    std::string text = fileText(path);
     const std::size_t script = text.rfind("<script>");
     text.erase(script, text.find("</script>", script) + std::string("</script>").size() - script);
     std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
