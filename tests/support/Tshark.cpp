@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "format/CaptureWriter.h"
+#include "support/RequiredTool.h"
 #include "support/TempDir.h"
 
 namespace MrpTest {
@@ -87,13 +88,6 @@ std::vector<DissectedFrame> tsharkDissect(const std::vector<std::vector<std::uin
   return dissected;
 }
 
-void requireTshark() {
-  if (tsharkAvailable()) return;
-  const char* ci = std::getenv("CI");
-  if (ci && *ci) {
-    FAIL() << "tshark is not installed, and CI is set: the dissector cross-check must run";
-  }
-  GTEST_SKIP() << "tshark is not installed";
-}
+void requireTshark() { requireTool(tsharkAvailable(), "tshark", "the dissector cross-check"); }
 
 }  // namespace MrpTest

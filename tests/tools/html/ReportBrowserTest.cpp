@@ -15,6 +15,7 @@
 #include "support/MrpRun.h"
 #include "support/Occurrences.h"
 #include "support/PngImage.h"
+#include "support/RequiredTool.h"
 
 namespace MrpTest {
 namespace {
@@ -25,17 +26,6 @@ struct BrowserCase {
   std::string name;
   std::string scenario;  // under tests/conformance; "" for the default network
 };
-
-// When chromium is missing the test fails if the environment variable CI is
-// set (CI must run it) and is skipped otherwise.
-void requireChromium() {
-  if (chromiumAvailable()) return;
-  const char* ci = std::getenv("CI");
-  if (ci && *ci) {
-    FAIL() << "chromium is not installed, and CI is set: the browser tests must run";
-  }
-  GTEST_SKIP() << "chromium is not installed";
-}
 
 // The report data the page carries.
 nlohmann::json reportDataOf(const std::string& page) {
@@ -60,7 +50,7 @@ std::string portSection(const std::string& dom, const std::string& bridge, const
 class ReportBrowserTest : public ::testing::TestWithParam<BrowserCase> {
  protected:
   void SetUp() override {
-    requireChromium();
+    requireTool(chromiumAvailable(), "chromium", "the browser tests");
     if (IsSkipped() || HasFatalFailure()) return;
     std::filesystem::create_directories(kArtefacts);
     html = (kArtefacts / ("report-" + GetParam().name + ".html")).string();
